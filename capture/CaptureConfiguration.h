@@ -6,6 +6,7 @@
 // handed by reference.
 #pragma once
 
+#include "platform/Cell.h"
 #include "platform/Interface.h"
 #include "platform/Observation.h"
 #include "platform/Surroundings.h"
@@ -45,14 +46,14 @@ public:
     /// 0.
     void startObservingDefaults();
 
-    /// The host's presets, as it handed them over; never written anywhere.
-    [[nodiscard]] const std::vector<platform::Dictionary>& allConfiguration() const {
-        return m_allConfiguration;
+    /// The host's presets, as it handed them over; never written anywhere. Any thread.
+    [[nodiscard]] std::vector<platform::Dictionary> allConfiguration() const {
+        return m_allConfiguration.get();
     }
 
     /// Replaces the presets and the items of the pop-up. A selected preset that is among the new ones stays
     /// selected; otherwise item 0 is.
-    void setAllConfiguration(std::vector<platform::Dictionary> presets);
+    void setAllConfiguration(const std::vector<platform::Dictionary>& presets);
 
     /// Selects the item of the pop-up and copies its preset into the defaults.
     void selectConfigurationAtIndex(int index);
@@ -87,7 +88,7 @@ private:
     VideoCompression& m_compression;
     std::shared_ptr<platform::PopUpButton> m_configurationPopUp;
     Messages m_messages;
-    std::vector<platform::Dictionary> m_allConfiguration;
+    platform::Cell<std::vector<platform::Dictionary>> m_allConfiguration;
     /// Shared with the observers, which may still be running on another thread when this object is gone.
     std::shared_ptr<std::atomic<bool>> m_loadingConfig = std::make_shared<std::atomic<bool>>(false);
     std::vector<platform::Observation> m_observations;

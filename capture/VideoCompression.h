@@ -35,8 +35,9 @@ public:
     /// another machine). Announces "allVideoCompressionOptions".
     void buildVideoCompressionOptions();
 
-    [[nodiscard]] const std::vector<platform::CompressionOptionsRef>& allVideoCompressionOptions() const {
-        return m_allVideoCompressionOptions;
+    /// Empty before the list was made. Any thread.
+    [[nodiscard]] std::vector<platform::CompressionOptionsRef> allVideoCompressionOptions() const {
+        return m_allVideoCompressionOptions.get();
     }
 
     /// The current choice; null before the list was made.
@@ -47,9 +48,9 @@ public:
     void setVideoCompressionOptions(const platform::CompressionOptionsRef& choice);
 
     /// Selects an item of the pop-up and takes its choice. An index outside the items changes nothing.
-    void selectItemAtIndex(int index);
+    void selectItemAtIndex(std::int64_t index);
     /// Index of the "Custom..." item; -1 before the list was made.
-    [[nodiscard]] int lastIndex() const { return static_cast<int>(m_allVideoCompressionOptions.size()) - 1; }
+    [[nodiscard]] int lastIndex() const;
 
     /// Whether the choice is "Custom...". Any thread.
     [[nodiscard]] bool isCustomVideoCompression() const;
@@ -81,7 +82,7 @@ private:
     std::shared_ptr<platform::QTCaptureMovieFileOutput> m_movieFileOutput;
     std::shared_ptr<platform::PopUpButton> m_compressionPopUp;
     std::string m_customSettingsKey;
-    std::vector<platform::CompressionOptionsRef> m_allVideoCompressionOptions;
+    platform::Cell<std::vector<platform::CompressionOptionsRef>> m_allVideoCompressionOptions;
     platform::Cell<platform::CompressionOptionsRef> m_choice;
 };
 
