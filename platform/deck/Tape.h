@@ -11,7 +11,7 @@
 namespace merro::platform::deck {
 
 struct TapeFrame {
-    platform::FrameBytes bytes;      ///< one whole DV frame; null where the tape is blank
+    platform::FrameBytes bytes;    ///< one whole DV frame; null where the tape is blank
     std::int64_t offsetBytes = -1; ///< where the frame lies in its file; -1 where there is no such place
 };
 
@@ -27,12 +27,13 @@ class Tape {
 public:
     virtual ~Tape() = default;
 
-    /// The frame, or none past the end of the tape. Reading on from where one has read is cheap; going far ahead for
-    /// the first time may have to look at what lies between.
+    /// The frame, or none past the end of the tape. Reading on from where one has read is cheap; going far
+    /// ahead for the first time may have to look at what lies between.
     [[nodiscard]] virtual std::optional<TapeFrame> frameAt(std::int64_t index) = 0;
 
     /// Frames on the tape: exact once the end has been read, an estimate before.
     [[nodiscard]] virtual std::int64_t frameCount() const = 0;
+    [[nodiscard]] virtual bool isFrameCountExact() const = 0;
 
     /// What was found while reading so far, in tape order. Any thread.
     [[nodiscard]] virtual std::vector<TapeFinding> findings() const { return {}; }

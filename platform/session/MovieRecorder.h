@@ -13,16 +13,16 @@
 
 namespace merro::platform::session {
 
-/// What to do with a frame when the disk is slower than the tape and the queue to the writing thread is full. A tape
-/// file can wait; a camcorder cannot.
+/// What to do with a frame when the disk is slower than the tape and the queue to the writing thread is full.
+/// A tape file can wait; a camcorder cannot.
 enum class WhenFull { Wait, LoseFrame };
 
 struct RecordingResult {
     std::string path;
     std::int64_t framesWritten = 0;
     std::int64_t framesLost = 0; ///< frames that were handed over and are not in the movie
-    /// Why the movie is shorter than it should be, or is not there at all. A movie with an error may still have been
-    /// finished: `isPlayable` says whether a whole file stands at `path`.
+    /// Why the movie is shorter than it should be, or is not there at all. A movie with an error may still
+    /// have been finished: `isPlayable` says whether a whole file stands at `path`.
     std::optional<Error> error;
     bool isPlayable = false;
 };
@@ -32,8 +32,8 @@ class MovieRecorder {
 public:
     virtual ~MovieRecorder() = default; ///< finishes, and waits for the file
 
-    /// Hands one DV frame over. Never works on the calling thread; with WhenFull::Wait it may block until the queue has
-    /// room.
+    /// Hands one DV frame over. Never works on the calling thread; with WhenFull::Wait it may block until the
+    /// queue has room.
     virtual void append(const QTSampleBuffer& sampleBuffer) = 0;
 
     /// No more frames. The file is completed and renamed to its final name on the recorder's own thread; with
@@ -59,11 +59,12 @@ class MovieRecorderFactory {
 public:
     virtual ~MovieRecorderFactory() = default;
 
-    /// Starts a movie that will appear at `path`, which must not exist. Null options keep the device's own DV. Never
-    /// null: a recorder that cannot be started ends at once with an error.
+    /// Starts a movie that will appear at `path`, which must not exist. Null options keep the device's own
+    /// DV. Never null: a recorder that cannot be started ends at once with an error.
     [[nodiscard]] virtual std::shared_ptr<MovieRecorder> startRecording(const std::string& path,
                                                                         const CompressionOptionsRef& options,
-                                                                        WhenFull whenFull, RecorderEvents events) = 0;
+                                                                        WhenFull whenFull,
+                                                                        RecorderEvents events) = 0;
 };
 
 } // namespace merro::platform::session
