@@ -111,7 +111,7 @@ bool MainRunLoop::runNext(RunLoopMode mode) {
     return posted.has_value();
 }
 
-std::optional<MainRunLoop::Due> MainRunLoop::firstPosted() {
+std::optional<Due> MainRunLoop::firstPosted() {
     const std::lock_guard lock(m_mutex);
     return m_posted.empty() ? std::nullopt : std::optional(m_posted.front().due);
 }

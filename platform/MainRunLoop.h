@@ -19,6 +19,13 @@
 
 namespace merro::platform {
 
+/// When something is to happen. Of two things due at one moment, the lower `order` goes first.
+struct Due {
+    Moment moment{};
+    std::uint64_t order = 0;
+    friend auto operator<=>(const Due&, const Due&) = default;
+};
+
 class MainRunLoop : public RunLoop {
 public:
     MainRunLoop();
@@ -56,13 +63,6 @@ public:
     [[nodiscard]] virtual std::shared_ptr<void> holdForOutsideWork() = 0;
 
 protected:
-    /// When something is to run. Of two things due at one moment, the lower `order` goes first.
-    struct Due {
-        Moment moment{};
-        std::uint64_t order = 0;
-        friend auto operator<=>(const Due&, const Due&) = default;
-    };
-
     [[nodiscard]] virtual Moment now() const = 0;
 
     /// An order after all earlier ones (or shuffled among them, on request). Any thread.
