@@ -91,8 +91,8 @@ public:
 private:
     enum class Reading { Everything, TimecodeOnly };
 
-    void decodeSubCodeSection(Reading reading);
-    void decodeSubCodeBlock(const DVDifSequenceBlock& block, Reading reading);
+    void readSubCodeSection(Reading reading);
+    void readSubCodeBlock(const DVDifSequenceBlock& block, Reading reading);
     void readTimecodePack(const std::uint8_t* pack);
     void readRecordingDatePack(const std::uint8_t* pack);
     void readRecordingTimePack(const std::uint8_t* pack);

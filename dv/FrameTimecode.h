@@ -1,7 +1,8 @@
 // The timecode of a whole frame, decided by a vote of its DIF sequences.
 //
 // The packs of a damaged frame contradict each other, and the stray one may come first: no single sequence
-// can be trusted. Pure function, any thread; allocates and logs nothing.
+// can be trusted. Pure function, any thread; logs nothing, and allocates nothing as long as every sequence
+// can be read.
 #pragma once
 
 #include "platform/FrameBytes.h"
