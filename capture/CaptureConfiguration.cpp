@@ -71,8 +71,11 @@ void CaptureConfiguration::setAllConfiguration(const std::vector<Dictionary>& pr
     if (!m_configurationPopUp)
         return;
     const Dictionary selected = selectedPreset();
+    const platform::PopUpItem* first = m_configurationPopUp->itemAtIndex(0);
+    platform::PopUpItem editedByHand =
+        first ? *first : platform::PopUpItem{m_surroundings.localization.text("Custom settings"), 0, {}};
     m_configurationPopUp->removeAllItems();
-    m_configurationPopUp->addItem({m_surroundings.localization.text("Edited by hand"), 0, {}});
+    m_configurationPopUp->addItem(std::move(editedByHand));
     int selectedIndex = 0;
     for (const Dictionary& preset : presets) {
         const Value* name = find(preset, BXMCConfName);
