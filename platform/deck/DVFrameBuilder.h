@@ -87,13 +87,13 @@ public:
     void setFrameCount(unsigned count);
 
     /// The pack of a subcode sync block, 0 to 11 within a sequence.
-    [[nodiscard]] DVPack subcodePack(unsigned sequence, unsigned syncBlock) const;
+    [[nodiscard]] DVPack subcodePack(unsigned sequence, unsigned syncBlock);
     void setSubcodePack(unsigned sequence, unsigned syncBlock, const DVPack& pack);
 
     // Damage.
 
     /// Fills a whole block (0 is the header block), ID bytes included.
-    void overwriteBlock(unsigned sequence, unsigned block, std::uint8_t value = 0xFF);
+    void overwriteBlock(unsigned sequence, unsigned blockIndex, std::uint8_t value = 0xFF);
     /// Makes the header block of a sequence say that it is another one (0 to 15).
     void renumberHeader(unsigned sequence, unsigned claimedNumber);
     /// Marks `count` video blocks of a sequence (135 of them) as concealed, from `firstVideoBlock` on: the
@@ -101,12 +101,13 @@ public:
     void concealVideoBlocks(unsigned sequence, unsigned firstVideoBlock, unsigned count, unsigned status);
 
 private:
-    std::span<std::uint8_t> block(unsigned sequence, unsigned blockIndex);
-    std::uint8_t* syncBlockPack(unsigned sequence, unsigned syncBlock);
-    bool isSecondHalf(unsigned sequence) const;
+    [[nodiscard]] std::span<std::uint8_t> block(unsigned sequence, unsigned blockIndex);
+    [[nodiscard]] std::span<std::uint8_t> syncBlockPack(unsigned sequence, unsigned syncBlock);
+    [[nodiscard]] bool isSecondHalf(unsigned sequence) const { return sequence >= sequenceCount() / 2; }
     void writeEmptySequence(unsigned sequence);
-    void replaceDatePacks(const DVPack& subcodeAndVaux, DateSequences sequences);
-    void clearPacks(std::uint8_t subcodeType, std::uint8_t audioType);
+    void writeTimecode(unsigned sequence, const DVPack& pack);
+    void replaceDatePacks(const DVPack& pack, DateSequences sequences);
+    void emptyPacks(std::span<const std::uint8_t> types);
 
     DVSystem m_system;
     std::vector<std::uint8_t> m_bytes;
