@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Date.h"
+#include "platform/deck/DVFrameBuilder.h"
 
 #include <cstdint>
 #include <optional>
@@ -10,7 +11,7 @@
 
 namespace merro::platform::ffmpeg {
 
-enum class TapeSystem { System525_60, System625_50 };
+using TapeSystem = deck::DVSystem;
 enum class TapeAspect { Aspect4By3, Aspect16By9 };
 
 enum class TakeSoundKind {

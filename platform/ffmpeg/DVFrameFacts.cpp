@@ -1,0 +1,111 @@
+#include "platform/ffmpeg/DVFrameFacts.h"
+
+namespace merro::platform::ffmpeg {
+
+namespace {
+
+constexpr std::size_t kBlockBytes = 80;
+constexpr std::size_t kSequenceBytes = 150 * kBlockBytes;
+constexpr std::size_t kPackBytes = 5;
+
+using Pack = std::span<const std::uint8_t, kPackBytes>;
+
+enum PackId : std::uint8_t {
+    kTimecode = 0x13,
+    kSourceControl = 0x61,
+    kRecordingDate = 0x62,
+    kRecordingTime = 0x63
+};
+
+/// Calls `visit` with every subcode pack: six to each of blocks 1 and 2, eight bytes apart.
+template <typename Visit>
+void forEachSubcodePack(std::span<const std::uint8_t> frame, Visit visit) {
+    for (std::size_t sequence = 0; sequence < frame.size(); sequence += kSequenceBytes)
+        for (std::size_t block = 1; block <= 2; ++block)
+            for (std::size_t sync = 0; sync < 6; ++sync)
+                visit(Pack(frame.subspan(sequence + block * kBlockBytes + 6 + 8 * sync).first<kPackBytes>()));
+}
+
+/// Calls `visit` with every VAUX pack: fifteen to each of blocks 3 to 5.
+template <typename Visit>
+void forEachVauxPack(std::span<const std::uint8_t> frame, Visit visit) {
+    for (std::size_t sequence = 0; sequence < frame.size(); sequence += kSequenceBytes)
+        for (std::size_t block = 3; block <= 5; ++block)
+            for (std::size_t pack = 0; pack < 15; ++pack)
+                visit(Pack(frame.subspan(sequence + block * kBlockBytes + 3 + kPackBytes * pack)
+                               .first<kPackBytes>()));
+}
+
+int digits(std::uint8_t byte, std::uint8_t tensMask) {
+    return (byte & 0x0F) + 10 * ((byte >> 4) & tensMask);
+}
+
+struct SubcodeReading {
+    std::optional<CalendarFields> date;
+    std::optional<CalendarFields> time;
+    int dropFrameVotes = 0;
+};
+
+void readSubcodePack(Pack pack, SubcodeReading& reading) {
+    switch (pack[0]) {
+    case kTimecode:
+        if (pack[1] != 0xFF || pack[2] != 0xFF)
+            reading.dropFrameVotes += (pack[1] & 0x40) != 0 ? 1 : -1;
+        break;
+    case kRecordingDate:
+        if (!reading.date) {
+            const int year = digits(pack[4], 0x0F);
+            // No DV camera is older than 1995; a movie of 2030 shall not be dated 1930.
+            reading.date =
+                CalendarFields{year + (year < 75 ? 2000 : 1900), digits(pack[3], 1), digits(pack[2], 3)};
+        }
+        break;
+    case kRecordingTime:
+        if (!reading.time)
+            reading.time =
+                CalendarFields{0, 0, 0, digits(pack[4], 3), digits(pack[3], 7), digits(pack[2], 7)};
+        break;
+    default:
+        break;
+    }
+}
+
+std::optional<CalendarFields> recordingDate(const SubcodeReading& reading) {
+    if (!reading.date || !reading.time)
+        return std::nullopt;
+    CalendarFields fields = *reading.date;
+    fields.hours = reading.time->hours;
+    fields.minutes = reading.time->minutes;
+    fields.seconds = reading.time->seconds;
+    const bool isReal = fields == normalisedCalendar(fields);
+    return isReal ? std::optional(fields) : std::nullopt;
+}
+
+} // namespace
+
+DVFrameFacts factsOfFrame(std::span<const std::uint8_t> frame) {
+    DVFrameFacts facts;
+    facts.is525_60 = frame.size() == kFrameBytes525_60;
+    const int trackApplication = frame[4] & 0x07; // 0 in IEC 61834, 1 in SMPTE 314M
+    facts.is411 = facts.is525_60 || trackApplication == 1;
+
+    int wideVotes = 0;
+    forEachVauxPack(frame, [&](Pack pack) {
+        if (pack[0] != kSourceControl)
+            return;
+        // 2 is 16:9. 7 is 16:9 in IEC 61834 as well; 1 is a letterbox inside a picture of 4:3.
+        const int display = pack[2] & 0x07;
+        const bool isEmpty = pack[1] == 0xFF && pack[2] == 0xFF && pack[3] == 0xFF;
+        if (!isEmpty)
+            wideVotes += display == 2 || (display == 7 && trackApplication == 0) ? 1 : -1;
+    });
+    facts.isWide = wideVotes > 0;
+
+    SubcodeReading reading;
+    forEachSubcodePack(frame, [&](Pack pack) { readSubcodePack(pack, reading); });
+    facts.isDropFrame = facts.is525_60 && reading.dropFrameVotes > 0;
+    facts.recordingDate = recordingDate(reading);
+    return facts;
+}
+
+} // namespace merro::platform::ffmpeg
