@@ -1,0 +1,60 @@
+#include "host/shared/TapeSource.h"
+
+#include "dv/DVConstants.h"
+#include "host/shared/Failure.h"
+#include "platform/deck/TapeFile.h"
+#include "platform/ffmpeg/ContainerTape.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <utility>
+
+namespace merro::host {
+
+namespace deck = platform::deck;
+namespace ffmpeg = platform::ffmpeg;
+
+namespace {
+
+deck::TapeOrError openContainer(const std::string& path) {
+    ffmpeg::ContainerOpening opening = ffmpeg::openContainerTape(path);
+    switch (opening.problem) {
+    case ffmpeg::ContainerProblem::None:
+        return std::move(opening.tape);
+    case ffmpeg::ContainerProblem::CannotOpen:
+        return deck::TapeError{deck::TapeProblem::Unreadable, opening.error};
+    case ffmpeg::ContainerProblem::NotAContainer:
+    case ffmpeg::ContainerProblem::NotDV:
+        break;
+    }
+    return deck::TapeError{deck::TapeProblem::NotDV, opening.error};
+}
+
+} // namespace
+
+std::string systemOfFrame(std::size_t frameBytes) {
+    if (frameBytes == FRAME_SIZE_525_60)
+        return "525/60";
+    return frameBytes == FRAME_SIZE_625_50 ? "625/50" : "";
+}
+
+TapeSource openTapeSource(const std::string& path) {
+    deck::TapeOrError opened = deck::openTape(path, openContainer);
+    if (const auto* problem = std::get_if<deck::TapeError>(&opened))
+        throw Failure(problem->error.text(), problem->isNotDV() ? ExitStatus::NotDV : ExitStatus::Failed);
+    TapeSource source;
+    source.tape = std::move(std::get<std::unique_ptr<deck::Tape>>(opened));
+    const std::filesystem::path file(path);
+    std::error_code error;
+    source.path = std::filesystem::absolute(file, error).lexically_normal().string();
+    source.name = file.stem().string();
+    const auto first = source.tape->frameAt(0);
+    if (!first)
+        throw Failure(fmt::format("{} holds no DV frame", path), ExitStatus::NotDV);
+    source.system = systemOfFrame(first->bytes.size());
+    source.framesPerSecond = first->bytes.size() == FRAME_SIZE_525_60 ? TIMEBASE_525_60 : TIMEBASE_625_50;
+    return source;
+}
+
+} // namespace merro::host
