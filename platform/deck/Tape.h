@@ -33,7 +33,7 @@ public:
 
     /// Frames on the tape: exact once the end has been read, an estimate before.
     [[nodiscard]] virtual std::int64_t frameCount() const = 0;
-    [[nodiscard]] virtual bool isFrameCountExact() const = 0;
+    [[nodiscard]] virtual bool isFrameCountExact() const { return false; }
 
     /// What was found while reading so far, in tape order. Any thread.
     [[nodiscard]] virtual std::vector<TapeFinding> findings() const { return {}; }
