@@ -29,7 +29,8 @@ struct BackgroundFilesLimits {
 };
 
 /// Opening, appending, closing, renaming and posted functions happen one after another on one thread, in the
-/// order in which they were asked for. Operations may be called from any thread.
+/// order in which they were asked for. Operations may be called from any thread; the object is not
+/// destroyed on the writing thread.
 ///
 /// A file never ends within something appended to it: what could be written only in part is cut off again.
 class BackgroundFiles final : public Files {
@@ -57,6 +58,7 @@ public:
     void drain();
 
 private:
+    class Handle;
     class Writer;
     std::shared_ptr<Writer> m_writer;
 };

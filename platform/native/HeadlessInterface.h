@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Interface.h"
+#include "platform/Log.h"
 
 #include <atomic>
 #include <map>
@@ -79,9 +80,14 @@ private:
 ///   sizePopUp            tags 0 to 4, "160 x 120" to "1980 x 1080", and 5, the codec's own size; tag 2
 ///   selected rewindButton playButton recordButton forwardButton captureView, configurationView devicesView
 ///   compressionView thumbnailsView controlView
+/// Any other name has no outlets and gets a line in `log`, which outlives the loader.
 class HeadlessInterfaceLoader final : public InterfaceLoader {
 public:
+    explicit HeadlessInterfaceLoader(Log& log = processLog()) : m_log(log) {}
     [[nodiscard]] std::unique_ptr<LoadedInterface> load(const std::string& name) override;
+
+private:
+    Log& m_log;
 };
 
 } // namespace merro::platform::native

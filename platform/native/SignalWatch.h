@@ -12,8 +12,8 @@
 namespace merro::platform::native {
 
 /// Handles `signal` while it lives; afterwards the signal does what it did before. One watch a signal at a
-/// time. `handler` is an ordinary function, called on a thread of the watch's own once for one or more
-/// signals that came close together.
+/// time, made and ended on one thread. `handler` is an ordinary function, called on a thread of the watch's
+/// own once for one or more signals that came close together.
 class SignalWatch {
 public:
     SignalWatch(int signal, std::function<void()> handler);
@@ -23,7 +23,7 @@ public:
 
 private:
     const int m_signal;
-    Wakeup m_arrived;
+    const Wakeup& m_arrived;
     DescriptorWatch m_watch;
     struct sigaction m_previous {};
 };

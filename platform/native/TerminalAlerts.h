@@ -36,9 +36,8 @@ public:
 
 private:
     void write(const Alert& alert, bool asks) const;
-    void askOnMainThread();
-    /// False when dismissed before an answer came.
-    bool waitForAnswer(const Wakeup& cancel);
+    void askOnMainThread(const Wakeup& cancel);
+    void waitForAnswer(const Wakeup& cancel);
     [[nodiscard]] bool readAnswer();
 
     MainRunLoop& m_loop;
