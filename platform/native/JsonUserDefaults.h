@@ -11,6 +11,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace merro::platform::native {
 
@@ -41,17 +42,19 @@ public:
                                           std::function<void(const std::string& key)> observer) override;
 
     /// While the answer lives, changes are kept in memory; they are written together when it goes. Observers
-    /// are called as ever.
+    /// are called as ever. Goes before this object does.
     [[nodiscard]] std::shared_ptr<void> holdWriting();
 
 private:
     using Changes = std::map<std::string, std::optional<Value>, std::less<>>;
 
     void change(std::optional<Value> value, std::string_view key);
-    /// Writes what has changed. The keys that other programs have changed.
-    [[nodiscard]] std::vector<std::string> writeChanges();
+    void writeChanges();
     void finishHold();
-    void giveUp(const Error& error);
+    /// True when `values` were not so already.
+    [[nodiscard]] static bool apply(const Changes& changes, Dictionary& values);
+    /// Has memory say what the file says. The keys that it said otherwise.
+    [[nodiscard]] std::vector<std::string> takeOver(const Dictionary& values);
 
     MemoryUserDefaults m_values;
     const std::function<void(const Error& problem)> m_problem;
