@@ -107,7 +107,9 @@ std::optional<QTSampleBuffer> Recording::next() {
         return std::nullopt;
     auto sampleBuffer = std::move(m_queue.front());
     m_queue.pop_front();
-    m_hasRoom.notify_one();
+    if (m_queue.size() <=
+        m_queueLength / 2) // not for every frame: waking a thread is dearer than queueing a frame
+        m_hasRoom.notify_one();
     return sampleBuffer;
 }
 
