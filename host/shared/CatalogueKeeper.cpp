@@ -21,8 +21,12 @@ CatalogueKeeper::~CatalogueKeeper() = default;
 
 void CatalogueKeeper::addClip(ClipEntry clip) {
     m_worker.post([this, clip = std::move(clip)] {
+        ClipEntry& added = m_clips.emplace_back(clip);
+        const auto [first, last] = m_earlyChanges.equal_range(clip.number);
+        for (auto early = first; early != last; ++early)
+            early->second(added);
+        m_earlyChanges.erase(first, last);
         m_changed.insert(clip.number);
-        m_clips.push_back(clip);
     });
 }
 
@@ -31,6 +35,8 @@ void CatalogueKeeper::changeClip(int number, std::function<void(ClipEntry& clip)
         if (ClipEntry* clip = find(number)) {
             change(*clip);
             m_changed.insert(number);
+        } else {
+            m_earlyChanges.emplace(number, change);
         }
     });
 }
@@ -76,8 +82,11 @@ void CatalogueKeeper::saveToCatalogue() {
     m_catalogue->inOneTransaction([&] {
         if (tapeId == 0)
             tapeId = m_catalogue->addTape(m_tape);
-        else if (m_tapeChanged)
-            m_catalogue->updateTape(m_tape);
+        if (m_tapeChanged) {
+            TapeEntry tape = m_tape;
+            tape.tapeId = tapeId;
+            m_catalogue->updateTape(tape);
+        }
         for (const int number : m_changed) {
             ClipEntry clip = *find(number);
             clip.tapeId = tapeId;
@@ -87,7 +96,7 @@ void CatalogueKeeper::saveToCatalogue() {
                 m_catalogue->addClip(clip);
         }
     });
-    m_tapeChanged = m_tapeChanged && m_tape.tapeId == 0 && !m_tape.findings.empty();
+    m_tapeChanged = false;
     m_tape.tapeId = tapeId;
     for (ClipEntry& clip : m_clips)
         clip.tapeId = tapeId;

@@ -8,6 +8,7 @@
 #include "host/shared/Entries.h"
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -34,7 +35,7 @@ public:
 
     /// A clip has been reported. Its tape is the keeper's own.
     void addClip(ClipEntry clip);
-    /// Something more is known of a clip that was added before; unknown numbers are passed over.
+    /// Something more is known of a clip. What is known before the clip has been added waits for it.
     void changeClip(int number, std::function<void(ClipEntry& clip)> change);
     void changeTape(std::function<void(TapeEntry& tape)> change);
 
@@ -59,6 +60,7 @@ private:
     TapeEntry m_tape;
     std::vector<ClipEntry> m_earlierClips;
     std::vector<ClipEntry> m_clips;
+    std::multimap<int, std::function<void(ClipEntry&)>> m_earlyChanges;
     std::set<int> m_added;   ///< numbers that the catalogue has
     std::set<int> m_changed; ///< numbers whose newest state it has not
     bool m_tapeChanged = true;

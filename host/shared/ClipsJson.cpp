@@ -19,19 +19,6 @@ std::optional<std::string> durationOf(const ClipEntry& clip) {
     return clip.endTimecode ? clip.duration : std::nullopt;
 }
 
-ordered_json clipJson(const ClipEntry& clip) {
-    return {{"clipId", clip.clipId()},
-            {"clipRecordingDate", orNull(clip.recordingDate)},
-            {"clipStartTimecode", orNull(clip.startTimecode)},
-            {"clipEndTimecode", orNull(clip.endTimecode)},
-            {"clipDuration", orNull(durationOf(clip))},
-            {"clipAspectRatio", clip.aspectRatio},
-            {"moviePath", orNull(clip.moviePath)},
-            {"thumbnailPath", orNull(clip.thumbnailPath)},
-            {"posterPath", orNull(clip.posterPath)},
-            {"framesLost", clip.framesLost}};
-}
-
 std::string csvField(const std::string& text) {
     if (text.find_first_of(",\"\r\n") == std::string::npos)
         return text;
@@ -50,6 +37,19 @@ std::string csvField(const std::optional<std::string>& text) {
 
 } // namespace
 
+ordered_json clipAsJson(const ClipEntry& clip) {
+    return {{"clipId", clip.clipId()},
+            {"clipRecordingDate", orNull(clip.recordingDate)},
+            {"clipStartTimecode", orNull(clip.startTimecode)},
+            {"clipEndTimecode", orNull(clip.endTimecode)},
+            {"clipDuration", orNull(durationOf(clip))},
+            {"clipAspectRatio", clip.aspectRatio},
+            {"moviePath", orNull(clip.moviePath)},
+            {"thumbnailPath", orNull(clip.thumbnailPath)},
+            {"posterPath", orNull(clip.posterPath)},
+            {"framesLost", clip.framesLost}};
+}
+
 std::string clipsJson(const std::optional<TapeEntry>& tape, const std::vector<ClipEntry>& clips) {
     ordered_json json;
     if (tape)
@@ -61,7 +61,7 @@ std::string clipsJson(const std::optional<TapeEntry>& tape, const std::vector<Cl
         json["tape"] = nullptr;
     json["clips"] = ordered_json::array();
     for (const ClipEntry& clip : clips)
-        json["clips"].push_back(clipJson(clip));
+        json["clips"].push_back(clipAsJson(clip));
     return json.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n";
 }
 

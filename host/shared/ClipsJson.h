@@ -5,6 +5,8 @@
 
 #include "host/shared/Entries.h"
 
+#include <nlohmann/json_fwd.hpp>
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,6 +15,9 @@ namespace merro::host {
 
 /// The name of the file that is kept current in every folder.
 inline constexpr const char* kClipsJsonName = "clips.json";
+
+/// One clip as clips.json has it.
+[[nodiscard]] nlohmann::ordered_json clipAsJson(const ClipEntry& clip);
 
 /// {"tape": {"name", "source", "system", "frames"}, "clips": [...]}: `tape` is the tape logged last and null
 /// when there is none, the clips are all clips of the folder. What is missing is null; where the end timecode

@@ -8,30 +8,10 @@
 #include <fmt/format.h>
 
 #include <filesystem>
-#include <utility>
 
 namespace merro::host {
 
 namespace deck = platform::deck;
-namespace ffmpeg = platform::ffmpeg;
-
-namespace {
-
-deck::TapeOrError openContainer(const std::string& path) {
-    ffmpeg::ContainerOpening opening = ffmpeg::openContainerTape(path);
-    switch (opening.problem) {
-    case ffmpeg::ContainerProblem::None:
-        return std::move(opening.tape);
-    case ffmpeg::ContainerProblem::CannotOpen:
-        return deck::TapeError{deck::TapeProblem::Unreadable, opening.error};
-    case ffmpeg::ContainerProblem::NotAContainer:
-    case ffmpeg::ContainerProblem::NotDV:
-        break;
-    }
-    return deck::TapeError{deck::TapeProblem::NotDV, opening.error};
-}
-
-} // namespace
 
 std::string systemOfFrame(std::size_t frameBytes) {
     if (frameBytes == FRAME_SIZE_525_60)
@@ -40,7 +20,7 @@ std::string systemOfFrame(std::size_t frameBytes) {
 }
 
 TapeSource openTapeSource(const std::string& path) {
-    deck::TapeOrError opened = deck::openTape(path, openContainer);
+    deck::TapeOrError opened = deck::openTape(path, platform::ffmpeg::openContainerTape);
     if (const auto* problem = std::get_if<deck::TapeError>(&opened))
         throw Failure(problem->error.text(), problem->isNotDV() ? ExitStatus::NotDV : ExitStatus::Failed);
     TapeSource source;
