@@ -48,13 +48,16 @@ class DeckDrive;
 /// At both ends of the tape the mechanism stops (speed 0, mode 0). After each change of the state both
 /// attribute notifications are posted on the main thread, one after the other, and when play runs off the end
 /// of the tape only after the last frame has been delivered.
-class Deck final : public session::Device, public std::enable_shared_from_this<Deck> {
+class Deck final : public session::Device {
+    struct Key {};
+
 public:
-    /// Use makeDeck.
-    Deck(Clock& clock, Threads& threads, RunLoop& runLoop, NotificationCenter& notifications,
-         std::unique_ptr<Tape> tape, DeckSettings settings);
+    /// For makeDeck.
+    explicit Deck(Key /*key*/) {}
     /// Waits for the delivery thread to end, unless it is that thread.
     ~Deck() override;
+    Deck(const Deck&) = delete;
+    Deck& operator=(const Deck&) = delete;
 
     [[nodiscard]] DeckPosition position() const;
     /// Frames that passed while a receiver was busy, or that DeckFaults lost. Only grows.

@@ -68,8 +68,8 @@ public:
     /// Frames on the tape, when that is known: the motion ends there. Not known, the tape runs on.
     void setTapeLength(std::optional<std::int64_t> frames);
 
-    /// The frames that pass from `now` on last `period`. Told when frame `index` begins to pass, the change
-    /// takes place exactly where it begins.
+    /// Frames last `period` from the one on that is under the head at `now`. In play the change takes place
+    /// exactly where that frame begins.
     void setFramePeriod(Moment now, FramePeriod period);
     [[nodiscard]] FramePeriod framePeriod() const { return m_period; }
 
@@ -85,6 +85,10 @@ public:
 
     /// How often the reported state has changed so far.
     [[nodiscard]] std::int64_t changeCount() const { return m_changes; }
+    /// How often the tape has begun to move differently, or to stand, so far.
+    [[nodiscard]] std::int64_t motionCount() const { return m_motions; }
+    /// Since when it moves, or stands, as it does now.
+    [[nodiscard]] Moment motionStart() const { return m_motionStart; }
 
     /// As of the last advance.
     [[nodiscard]] TransportState state() const { return m_state; }
@@ -100,6 +104,9 @@ public:
     /// frame.
     [[nodiscard]] std::int64_t frameUnderHead(Moment now) const;
 
+    /// The first frame that begins to pass at `now` or later, the tape moving forward.
+    [[nodiscard]] std::int64_t firstFrameFrom(Moment now) const;
+
     /// When the tape, moving forward, comes to the start of frame `index`; none when it does not as things
     /// stand.
     [[nodiscard]] std::optional<Moment> momentOfFrame(std::int64_t index) const;
@@ -109,10 +116,16 @@ private:
     using Ticks = std::int64_t;
     enum class Phase { Settled, Reacting, Changing };
 
-    void settle(Moment at, TransportState state);
-    void rebase(Moment at);
-    void beginChange();
-    void stopAtEnd();
+    struct Place {
+        std::int64_t frame;
+        Ticks offset; ///< into the frame, at normal speed
+    };
+
+    [[nodiscard]] Place placeAt(Moment now) const;
+    void move(Moment at, Place from, TapeSpeed speed);
+    void setState(TransportState state);
+    void endPhase();
+    [[nodiscard]] TapeSpeed tapeSpeed(TransportState state) const;
     [[nodiscard]] Duration changeTime(TransportState from, TransportState to) const;
     [[nodiscard]] std::optional<Moment> endOfMotion() const;
     [[nodiscard]] Ticks ticksPerFrame() const { return static_cast<Ticks>(m_period); }
@@ -127,11 +140,11 @@ private:
     TransportState m_wanted;
     Moment m_phaseEnd{};
 
-    // The motion since m_since: from the frame m_frame and an offset into it at a multiple of the normal
-    // speed.
+    std::int64_t m_motions = 0;
+    Moment m_motionStart{};
+    // The tape was at m_place at m_since and has moved at m_speed since then.
     Ticks m_since = 0;
-    std::int64_t m_frame = 0;
-    Ticks m_offset = 0;
+    Place m_place{0, 0};
     TapeSpeed m_speed{0, 1};
 };
 

@@ -1,0 +1,81 @@
+#include "platform/deck/MappedFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace merro::platform::deck {
+
+namespace {
+
+/// A multiple of every page size.
+constexpr std::size_t stretchSize = std::size_t{16} << 20;
+
+Error cannotRead(const std::string& path, int code) {
+    return {"\"" + path + "\" cannot be read", std::generic_category().message(code), code};
+}
+
+} // namespace
+
+std::variant<std::shared_ptr<MappedFile>, Error> MappedFile::map(const std::string& path) {
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        return cannotRead(path, errno);
+    struct stat status {};
+    if (::fstat(descriptor, &status) != 0) {
+        const int code = errno;
+        ::close(descriptor);
+        return cannotRead(path, code);
+    }
+    const auto size = static_cast<std::size_t>(status.st_size);
+    void* const address = ::mmap(nullptr, size, PROT_READ, MAP_SHARED, descriptor, 0);
+    if (address == MAP_FAILED) {
+        const int code = errno;
+        ::close(descriptor);
+        return cannotRead(path, code);
+    }
+    ::madvise(address, size, MADV_SEQUENTIAL);
+    return std::shared_ptr<MappedFile>(
+        new MappedFile(descriptor, {static_cast<const std::uint8_t*>(address), size}));
+}
+
+MappedFile::MappedFile(int descriptor, std::span<const std::uint8_t> bytes)
+    : m_descriptor(descriptor), m_bytes(bytes) {}
+
+MappedFile::~MappedFile() {
+    ::munmap(const_cast<std::uint8_t*>(m_bytes.data()), m_bytes.size());
+    ::close(m_descriptor);
+}
+
+bool MappedFile::moveTo(std::size_t offset) {
+    const std::size_t stretch = offset / stretchSize;
+    if (stretch == m_stretch)
+        return false;
+    m_stretch = stretch;
+    const std::size_t keepFrom = (stretch - std::min<std::size_t>(stretch, 1)) * stretchSize;
+    const std::size_t keepTo = std::min((stretch + 2) * stretchSize, m_bytes.size());
+    giveBack(m_touchedFrom, std::min(keepFrom, m_touchedTo));
+    giveBack(std::max(keepTo, m_touchedFrom), m_touchedTo);
+    const bool overlaps = m_touchedFrom < keepTo && keepFrom < m_touchedTo;
+    m_touchedFrom = overlaps ? std::max(keepFrom, m_touchedFrom) : stretch * stretchSize;
+    m_touchedTo = keepTo;
+    return true;
+}
+
+void MappedFile::giveBack(std::size_t from, std::size_t to) const {
+    if (from < to)
+        ::madvise(const_cast<std::uint8_t*>(m_bytes.data()) + from, to - from, MADV_DONTNEED);
+}
+
+std::size_t MappedFile::currentSize() const {
+    struct stat status {};
+    if (::fstat(m_descriptor, &status) != 0)
+        return 0;
+    return std::min(static_cast<std::size_t>(status.st_size), m_bytes.size());
+}
+
+} // namespace merro::platform::deck
