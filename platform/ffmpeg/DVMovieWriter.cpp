@@ -1,7 +1,6 @@
 #include "platform/ffmpeg/DVMovieWriter.h"
 
 extern "C" {
-#include <libavcodec/dv_profile.h>
 #include <libavutil/opt.h>
 }
 
