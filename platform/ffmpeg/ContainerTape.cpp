@@ -50,9 +50,12 @@ public:
     ContainerTape(std::string path, OpenedContainer opened)
         : m_path(std::move(path)), m_opened(std::move(opened)) {
         const AVStream& stream = *m_opened.demuxer->streams[m_opened.stream];
-        m_estimate = stream.nb_frames;
-        if (m_estimate <= 0 && stream.duration > 0 && stream.avg_frame_rate.num > 0)
-            m_estimate = av_rescale_q(stream.duration, stream.time_base, av_inv_q(stream.avg_frame_rate));
+        const AVRational frame = av_inv_q(stream.avg_frame_rate);
+        if (stream.duration > 0 && frame.num > 0 && frame.den > 0)
+            m_estimate = av_rescale_q(stream.duration, stream.time_base, frame);
+        else // AVI of type 1 does not say
+            m_estimate = avio_size(m_opened.demuxer->pb) / static_cast<std::int64_t>(kFrameBytes625_50);
+        m_estimate = std::max(m_estimate, stream.nb_frames);
     }
 
     std::optional<deck::TapeFrame> frameAt(std::int64_t index) override {

@@ -1,11 +1,23 @@
 #include "platform/ffmpeg/DVEncoder.h"
 
+#include <algorithm>
+
 namespace merro::platform::ffmpeg {
 
 namespace {
 
 constexpr int kIOBufferBytes = 1 << 16;
 constexpr int kChannels = 2;
+constexpr std::size_t kBlockBytes = 80;
+constexpr std::size_t kSequenceBytes = 150 * kBlockBytes;
+
+/// The encoder says what the picture is in places where no camera does, and programs believe the wrong one.
+void emptyVaux(std::vector<std::uint8_t>& frame) {
+    for (std::size_t sequence = 0; sequence < frame.size(); sequence += kSequenceBytes)
+        for (std::size_t block = 3; block <= 5; ++block)
+            std::ranges::fill(std::span(frame).subspan(sequence + block * kBlockBytes + 3, kBlockBytes - 3),
+                              0xFF);
+}
 
 } // namespace
 
@@ -79,6 +91,7 @@ std::span<const std::uint8_t> DVEncoder::encode(const AVFrame& picture,
         !send({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}, 1, m_samples))
         return {};
     avio_flush(m_io.get());
+    emptyVaux(m_bytes);
     m_frames += 1;
     m_samples += static_cast<std::int64_t>(samples.size()) / kChannels;
     return m_bytes;

@@ -26,14 +26,14 @@ void forEachSubcodePack(std::span<const std::uint8_t> frame, Visit visit) {
                 visit(Pack(frame.subspan(sequence + block * kBlockBytes + 6 + 8 * sync).first<kPackBytes>()));
 }
 
-/// Calls `visit` with every VAUX pack: fifteen to each of blocks 3 to 5.
+/// Calls `visit` with the pack of each sequence that lies where source control belongs: in odd sequences the
+/// second of block 3, in even ones the eleventh of block 5.
 template <typename Visit>
-void forEachVauxPack(std::span<const std::uint8_t> frame, Visit visit) {
-    for (std::size_t sequence = 0; sequence < frame.size(); sequence += kSequenceBytes)
-        for (std::size_t block = 3; block <= 5; ++block)
-            for (std::size_t pack = 0; pack < 15; ++pack)
-                visit(Pack(frame.subspan(sequence + block * kBlockBytes + 3 + kPackBytes * pack)
-                               .first<kPackBytes>()));
+void forEachSourceControlPack(std::span<const std::uint8_t> frame, Visit visit) {
+    for (std::size_t sequence = 0; sequence < frame.size() / kSequenceBytes; ++sequence) {
+        const std::size_t place = sequence % 2 == 1 ? 3 * kBlockBytes + 8 : 5 * kBlockBytes + 53;
+        visit(Pack(frame.subspan(sequence * kSequenceBytes + place).first<kPackBytes>()));
+    }
 }
 
 int digits(std::uint8_t byte, std::uint8_t tensMask) {
@@ -90,7 +90,7 @@ DVFrameFacts factsOfFrame(std::span<const std::uint8_t> frame) {
     facts.is411 = facts.is525_60 || trackApplication == 1;
 
     int wideVotes = 0;
-    forEachVauxPack(frame, [&](Pack pack) {
+    forEachSourceControlPack(frame, [&](Pack pack) {
         if (pack[0] != kSourceControl)
             return;
         // 2 is 16:9. 7 is 16:9 in IEC 61834 as well; 1 is a letterbox inside a picture of 4:3.
