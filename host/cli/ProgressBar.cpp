@@ -16,7 +16,7 @@ constexpr std::size_t kNarrowestBar = 10;
 constexpr std::size_t kWidestBar = 40;
 
 std::string speedText(double speed) {
-    return fmt::format(speed < 10 ? "{:.1f}x" : "{:.0f}x", speed);
+    return speed < 10 ? fmt::format("{:.1f}x", speed) : fmt::format("{:.0f}x", speed);
 }
 
 /// The parts behind the bar, the most important first.

@@ -3,7 +3,7 @@
 #include "host/shared/Database.h"
 #include "host/shared/Failure.h"
 #include "host/shared/Soci.h"
-#include "host/shared/ValueJson.h"
+#include "platform/native/JsonValue.h"
 
 #include <fmt/format.h>
 
@@ -23,6 +23,16 @@ auto speaking(const std::string& path, Body body) {
     } catch (const soci::soci_error& error) {
         throw Failure(fmt::format("The presets in {}: {}", path, error.get_error_message()));
     }
+}
+
+platform::Dictionary dictionaryFromText(const std::string& path, const std::string& text) {
+    try {
+        const platform::Value value = platform::native::valueFromJson(nlohmann::json::parse(text));
+        if (const auto* dictionary = value.getIf<platform::Dictionary>())
+            return *dictionary;
+    } catch (const std::exception&) { // what is wrong with it helps nobody
+    }
+    throw Failure(fmt::format("The presets in {} are damaged", path));
 }
 
 bool thereIsAStore(const std::string& path) {
@@ -60,7 +70,7 @@ std::optional<platform::Dictionary> PresetStore::preset(const std::string& name)
             soci::into(settings);
         if (!session.got_data())
             return std::nullopt;
-        return dictionaryFromJson(settings);
+        return dictionaryFromText(m_path, settings);
     });
 }
 
@@ -74,7 +84,7 @@ void PresetStore::save(const std::string& name, platform::Dictionary preset) {
                                       error.message()));
     }
     Database database = Database::openForWriting(m_path);
-    const std::string settings = jsonFromDictionary(preset);
+    const std::string settings = platform::native::jsonFromValue(preset).dump();
     speaking(m_path, [&] {
         soci::session& session = database.session();
         soci::transaction transaction(session);

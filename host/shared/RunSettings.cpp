@@ -3,7 +3,7 @@
 #include "capture/BXMCController.h"
 #include "capture/CaptureDefaults.h"
 #include "host/shared/Failure.h"
-#include "host/shared/ValueJson.h"
+#include "platform/native/JsonValue.h"
 
 #include <fmt/format.h>
 
@@ -84,7 +84,7 @@ std::string settingsInForce(const platform::UserDefaults& defaults) {
     for (const std::string_view key : kSettings)
         if (auto value = defaults.objectForKey(key))
             settings.emplace(key, std::move(*value));
-    return jsonFromDictionary(settings);
+    return platform::native::jsonFromValue(settings).dump();
 }
 
 } // namespace merro::host
