@@ -28,6 +28,22 @@ Pack packAt(const DVDifSequenceBlock& block, unsigned byteOffset) {
     return pack;
 }
 
+/// The packs of a subcode block's six sync blocks.
+class SubcodePacks {
+public:
+    explicit SubcodePacks(const DVDifSequenceBlock& block) {
+        block.getBytesStartLength(m_bytes.data(), firstSubcodePackByte,
+                                  static_cast<unsigned>(m_bytes.size()));
+    }
+
+    [[nodiscard]] const std::uint8_t* at(unsigned index) const {
+        return m_bytes.data() + syncBlockSize * index;
+    }
+
+private:
+    std::array<std::uint8_t, syncBlockSize*(packsPerSubcodeBlock - 1) + sizeof(Pack)> m_bytes{};
+};
+
 /// Two decimal digits; the bits of the tens that `tensMask` leaves out are flags.
 int decimal(std::uint8_t byte, unsigned tensMask) {
     return static_cast<int>((byte & 0x0FU) + 10 * ((byte >> 4U) & tensMask));
@@ -100,7 +116,7 @@ void DVDifSequence::decodeTimecode() {
     if (m_data.isNull())
         return;
     decodeSequenceBasics();
-    readSubCodeSection(Reading::TimecodeOnly);
+    readLastTimecodePack();
 }
 
 void DVDifSequence::setUndecoded() {
@@ -152,36 +168,41 @@ void DVDifSequence::decodeSequenceBasics() {
 }
 
 void DVDifSequence::decodeSubCodeSection() {
-    readSubCodeSection(Reading::Everything);
-}
-
-void DVDifSequence::decodeSubCodeSection(const DVDifSequenceBlock& block) {
-    readSubCodeBlock(block, Reading::Everything);
-}
-
-void DVDifSequence::readSubCodeSection(Reading reading) {
     const DVDifSequenceBlock first = getBlockAt(1);
     const DVDifSequenceBlock second = getBlockAt(2);
     if (first.sectionType() == kDIFSectionSubcode && second.sectionType() == kDIFSectionSubcode) {
-        readSubCodeBlock(first, reading);
-        readSubCodeBlock(second, reading);
-    } else if (reading == Reading::Everything) {
+        decodeSubCodeSection(first);
+        decodeSubCodeSection(second);
+    } else {
         logTwoNumbers("Cannot decode subcode for SC0 and SC1 of type %d and %d", first.sectionType(),
                       second.sectionType());
     }
 }
 
-void DVDifSequence::readSubCodeBlock(const DVDifSequenceBlock& block, Reading reading) {
+void DVDifSequence::decodeSubCodeSection(const DVDifSequenceBlock& block) {
+    const SubcodePacks packs(block);
     for (unsigned index = 0; index < packsPerSubcodeBlock; ++index) {
-        const Pack pack = packAt(block, firstSubcodePackByte + syncBlockSize * index);
+        const std::uint8_t* const pack = packs.at(index);
         if (pack[0] == timecodePack)
-            readTimecodePack(pack.data());
-        else if (reading == Reading::TimecodeOnly)
-            continue;
+            readTimecodePack(pack);
         else if (pack[0] == recordingDatePack)
-            readRecordingDatePack(pack.data());
+            readRecordingDatePack(pack);
         else if (pack[0] == recordingTimePack)
-            readRecordingTimePack(pack.data());
+            readRecordingTimePack(pack);
+    }
+}
+
+// Backwards: the last timecode pack of the section is the one that stays.
+void DVDifSequence::readLastTimecodePack() {
+    const std::array blocks{getBlockAt(1), getBlockAt(2)};
+    if (blocks[0].sectionType() != kDIFSectionSubcode || blocks[1].sectionType() != kDIFSectionSubcode)
+        return;
+    for (std::size_t block = blocks.size(); block-- > 0;) {
+        const SubcodePacks packs(blocks[block]);
+        for (unsigned index = packsPerSubcodeBlock; index-- > 0;) {
+            if (packs.at(index)[0] == timecodePack)
+                return readTimecodePack(packs.at(index));
+        }
     }
 }
 

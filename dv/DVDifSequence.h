@@ -89,10 +89,7 @@ public:
     [[nodiscard]] std::string_view sectionCode() const { return "UNSET"; }
 
 private:
-    enum class Reading { Everything, TimecodeOnly };
-
-    void readSubCodeSection(Reading reading);
-    void readSubCodeBlock(const DVDifSequenceBlock& block, Reading reading);
+    void readLastTimecodePack();
     void readTimecodePack(const std::uint8_t* pack);
     void readRecordingDatePack(const std::uint8_t* pack);
     void readRecordingTimePack(const std::uint8_t* pack);

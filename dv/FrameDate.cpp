@@ -13,8 +13,9 @@ FrameDate findFrameDate(const platform::FrameBytes& frame) {
     FrameDate found;
     if (frame.isNull())
         return found;
+    const platform::FrameBytes borrowed = frame.borrowed();
     for (int index = 0; index < DIF_SEQ_COUNT_MIN && !found.date; ++index) {
-        DVDifSequence sequence(frame, static_cast<unsigned>(index));
+        DVDifSequence sequence(borrowed, static_cast<unsigned>(index));
         try {
             sequence.decodeSequence();
         } catch (const std::out_of_range& error) {

@@ -76,9 +76,10 @@ private:
 TimecodeValue frameTimecode(const platform::FrameBytes& frame) {
     const auto sequences = static_cast<unsigned>(
         std::min<std::size_t>(frame.size() / SEQUENCE_SIZE, static_cast<std::size_t>(DIF_SEQ_COUNT_MAX)));
+    const platform::FrameBytes borrowed = frame.borrowed();
     Vote vote;
     for (unsigned index = 0; index < sequences && !vote.isSettled(sequences - index); ++index) {
-        if (const auto timecode = timecodeOfSequence(frame, index))
+        if (const auto timecode = timecodeOfSequence(borrowed, index))
             vote.add(*timecode);
     }
     const Candidate* const winner = vote.leader();

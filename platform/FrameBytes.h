@@ -30,6 +30,12 @@ public:
         return {std::move(owner), view};
     }
 
+    /// The same bytes without holding them: cheaper to copy, valid only while somebody else holds a
+    /// reference.
+    [[nodiscard]] FrameBytes borrowed() const {
+        return {std::shared_ptr<const void>(std::shared_ptr<const void>(), m_owner.get()), m_bytes};
+    }
+
     [[nodiscard]] std::span<const std::uint8_t> bytes() const { return m_bytes; }
     [[nodiscard]] std::size_t size() const { return m_bytes.size(); }
     [[nodiscard]] bool isNull() const { return m_owner == nullptr; }

@@ -61,6 +61,19 @@ TEST(TimecodePack, IsOverruledByALaterOne) {
     EXPECT_EQ(decoded(made).timeCode().mFrames, 3);
 }
 
+TEST(TimecodePack, IsTheSameOneWhenDecodedAlone) {
+    for (unsigned last = 0; last < 12; ++last) {
+        HandMadeFrame made(HandMadeFrame::size625);
+        for (unsigned syncBlock = 0; syncBlock <= last; syncBlock += last == 0 ? 1 : last)
+            made.putSubcode(0, syncBlock,
+                            {0x13, static_cast<std::uint8_t>(syncBlock == last ? 7 : 3), 0, 0, 0});
+        DVDifSequence sequence(made.frame(), 0);
+        sequence.decodeTimecode();
+        EXPECT_EQ(sequence.timeCode().mFrames, 7) << last;
+        EXPECT_EQ(sequence.timeCode(), decoded(made).timeCode()) << last;
+    }
+}
+
 void expectDate(const DVDifSequence& sequence, int year, int month, int day) {
     ASSERT_NE(sequence.captureDateTime(), nullptr);
     EXPECT_TRUE(sequence.captureDateTime()->isDateSet());
