@@ -1,0 +1,239 @@
+#include "capture/QTCustomCompressionOptions.h"
+#include "tests/capture/LoggingFixture.h"
+
+namespace merro::test {
+namespace {
+
+using Controller = LoggingFixture;
+
+TEST_F(Controller, loadsItsInterfaceAndLaysTheOverlayOverThePicture) {
+    EXPECT_EQ(surroundings.interfaces.loadedName, "capture.nib");
+    ASSERT_NE(controller->captureView(), nullptr);
+    EXPECT_EQ(surroundings.interfaces.captureView->captureSession(), controller->session());
+    ASSERT_EQ(surroundings.interfaces.captureView->overlayViews().size(), 1U);
+    EXPECT_EQ(surroundings.interfaces.captureView->overlayViews()[0], controller->timecodeView());
+    EXPECT_EQ(controller->timecodeView()->frame(), (platform::Rect{0, 0, 640, 480}));
+    EXPECT_NE(controller->configurationView(), nullptr);
+    EXPECT_NE(controller->devicesView(), nullptr);
+    EXPECT_NE(controller->compressionView(), nullptr);
+    EXPECT_NE(controller->thumbnailsView(), nullptr);
+    EXPECT_NE(controller->controlView(), nullptr);
+}
+
+TEST_F(Controller, givesTheSessionItsOutputsInOrder) {
+    const auto outputs = surroundings.capture.session->outputs();
+    ASSERT_EQ(outputs.size(), 4U);
+    EXPECT_NE(std::dynamic_pointer_cast<platform::QTCaptureVideoPreviewOutput>(outputs[0]), nullptr);
+    EXPECT_EQ(outputs[1], surroundings.capture.audioPreviewOutput);
+    EXPECT_EQ(outputs[2], controller->fileOutput());
+    EXPECT_EQ(outputs[3], controller->movieFileOutput());
+}
+
+TEST_F(Controller, choosesNoDeviceAndRunsNoSessionByItself) {
+    EXPECT_EQ(controller->selectedVideoDevice(), nullptr);
+    EXPECT_FALSE(controller->hasRecordingDevice());
+    EXPECT_FALSE(controller->session()->isRunning());
+    EXPECT_FALSE(controller->isRecording());
+}
+
+TEST_F(Controller, storesTheFirstValuesOfTheSettings) {
+    EXPECT_EQ(surroundings.defaults.objectForKey(BXMCDetectScene), platform::Value(true));
+    EXPECT_EQ(surroundings.defaults.objectForKey(BXMCDetectEndTapeSecond), platform::Value(1));
+}
+
+TEST_F(Controller, theVolumeIsHalfAtFirstAndRememberedFromThenOn) {
+    EXPECT_EQ(controller->captureVolume(), 0.5F);
+    EXPECT_EQ(surroundings.defaults.doubleForKey(BXMCCaptureMovieVolume), 0.5);
+    controller->setCaptureVolume(0.25F);
+    EXPECT_EQ(surroundings.capture.audioPreviewOutput->volume(), 0.25F);
+    EXPECT_EQ(surroundings.defaults.doubleForKey(BXMCCaptureMovieVolume), 0.25);
+    controller.reset();
+    controller = std::make_unique<BXMCController>(surroundings.all);
+    EXPECT_EQ(surroundings.capture.audioPreviewOutput->volume(), 0.25F);
+}
+
+TEST_F(Controller, holdsTheDevicesThatTheHostHandsOver) {
+    Entries announced;
+    const auto observation = controller->announcements().addObserver(
+        "videoDevices", [&](const std::string& key, platform::Change) { announced.push_back(key); });
+    controller->setVideoDevices({deck});
+    EXPECT_EQ(controller->videoDevices(), (std::vector<BXMCController::DeviceRef>{deck}));
+    EXPECT_EQ(announced.size(), 2U);
+}
+
+TEST_F(Controller, aDeviceThatIsChosenIsOpenedAndTheCurrentTimecodeForgotten) {
+    deliver("01:00:00:00", "10:00:00");
+    connectDeck();
+    EXPECT_TRUE(deck->isOpen());
+    EXPECT_EQ(controller->selectedVideoDevice(), deck);
+    EXPECT_EQ(text(controller->currentTimecodeValue()), "-");
+    EXPECT_EQ(controller->timecodeView()->timecode(), SMPTETime{});
+}
+
+TEST_F(Controller, choosingADeviceSwitchesItsButtonOnAndNoneOff) {
+    const auto& buttons = surroundings.interfaces.buttons;
+    connectDeck({13000, 1});
+    EXPECT_TRUE(buttons.at("forwardButton")->state());
+    EXPECT_FALSE(buttons.at("playButton")->state());
+    connectDeck(kPlaying);
+    EXPECT_TRUE(buttons.at("playButton")->state());
+    connectDeck({-13000, 0});
+    EXPECT_TRUE(buttons.at("rewindButton")->state());
+    EXPECT_TRUE(buttons.at("forwardButton")->state());
+    EXPECT_FALSE(buttons.at("recordButton")->state());
+}
+
+TEST_F(Controller, choosingNoDeviceWhileRecordingSwitchesTheRecordButtonOnAtMost) {
+    controller->setRecording(true);
+    controller->setSelectedVideoDevice(nullptr);
+    const auto& buttons = surroundings.interfaces.buttons;
+    EXPECT_TRUE(buttons.at("recordButton")->state());
+    EXPECT_FALSE(buttons.at("playButton")->state());
+    EXPECT_FALSE(buttons.at("rewindButton")->state());
+    EXPECT_FALSE(buttons.at("forwardButton")->state());
+    EXPECT_TRUE(controller->isRecording());
+}
+
+// --- Reading "is the device playing?" ---
+
+TEST_F(Controller, readingIsDevicePlayingEndsARecordingOnceTheTapeIsNotInNormalPlay) {
+    connectDeck();
+    controller->setRecording(true);
+    EXPECT_TRUE(controller->isDevicePlaying());
+    EXPECT_TRUE(controller->isRecording());
+    deck->report(kPaused);
+    EXPECT_FALSE(controller->isDevicePlaying());
+    EXPECT_FALSE(controller->isRecording());
+    EXPECT_EQ(messages(), (Entries{"begin", "will 1", "did 1", "end"}));
+}
+
+TEST_F(Controller, readingIsDevicePlayingWithoutADeckToDriveAnswersFalseAndEndsNothing) {
+    controller->setRecording(true);
+    EXPECT_FALSE(controller->isDevicePlaying());
+    EXPECT_TRUE(controller->isRecording());
+}
+
+TEST_F(Controller, readingTheOtherTransportPropertiesEndsNothing) {
+    connectDeck();
+    controller->setRecording(true);
+    deck->report(kPaused);
+    EXPECT_TRUE(controller->isDevicePause());
+    EXPECT_FALSE(controller->isDeviceRewinding());
+    EXPECT_FALSE(controller->isDeviceFastForwarding());
+    EXPECT_TRUE(controller->isRecording());
+}
+
+// --- Which output feeds detection ---
+
+TEST_F(Controller, withoutCompressionTheMovieFileOutputFeedsDetection) {
+    const auto& outputs = surroundings.capture.movieFileOutputs;
+    outputs[0]->deliver(makeFrame("01:00:00:00", ""));
+    EXPECT_EQ(text(controller->currentTimecodeValue()), "-");
+    outputs[1]->deliver(makeFrame("01:00:00:00", ""));
+    EXPECT_EQ(text(controller->currentTimecodeValue()), "01:00:00:00");
+}
+
+TEST_F(Controller, withCompressionTheOtherOutputFeedsDetection) {
+    const auto& outputs = surroundings.capture.movieFileOutputs;
+    controller->setVideoCompressionOptions(QTCustomCompressionOptions::customCompressionOptions());
+    outputs[1]->deliver(makeFrame("01:00:00:00", ""));
+    EXPECT_EQ(text(controller->currentTimecodeValue()), "-");
+    outputs[0]->deliver(makeFrame("01:00:00:00", ""));
+    EXPECT_EQ(text(controller->currentTimecodeValue()), "01:00:00:00");
+}
+
+TEST_F(Controller, moviesAreSwitchedByTheFramesOfTheMovieFileOutputWithCompressionToo) {
+    controller->setVideoCompressionOptions(QTCustomCompressionOptions::customCompressionOptions());
+    connectDeck();
+    controller->setRecording(true);
+    const auto frame = makeFrame("01:00:00:00", "10:00:00");
+    surroundings.capture.movieFileOutputs[0]->deliver(frame);
+    EXPECT_TRUE(movies().empty());
+    surroundings.capture.movieFileOutputs[1]->deliver(frame);
+    EXPECT_EQ(movies(), (Entries{"/1.mov"}));
+}
+
+TEST_F(Controller, soundAndEmptySamplesAreNoFrames) {
+    platform::QTSampleBuffer sample = makeFrame("01:00:00:00", "10:00:00");
+    sample.mediaType = platform::MediaType::Sound;
+    deliver(sample);
+    deliver({platform::MediaType::Video, {}, timecode("01:00:00:00")});
+    EXPECT_EQ(text(controller->currentTimecodeValue()), "-");
+    EXPECT_TRUE(surroundings.alerts.shown().empty());
+}
+
+TEST_F(Controller, theMovieIsNotSwitchedWhileNothingIsRecorded) {
+    controller->setTimecodeStartValue(timecode("00:00:00:00"));
+    deliver("01:00:00:00", "10:00:00");
+    EXPECT_TRUE(movies().empty());
+}
+
+// --- Presets ---
+
+TEST_F(Controller, savesAndDeletesPresetsThroughTheHost) {
+    platform::Dictionary saved;
+    std::string deleted;
+    host->mccontrollerSaveConfiguration = [&](BXMCController&, const platform::Dictionary& preset) {
+        saved = preset;
+    };
+    host->mccontrollerDeleteConfigurationName = [&](BXMCController&, const std::string& name) {
+        deleted = name;
+    };
+    controller->setAllConfiguration({{{std::string(BXMCConfName), "mine"}}});
+    controller->saveCurrentConfiguration();
+    EXPECT_NE(platform::find(saved, BXMCConfDetectScene), nullptr);
+    controller->selectConfigurationAtIndex(1);
+    controller->deleteCurrentConfiguration();
+    EXPECT_EQ(deleted, "mine");
+}
+
+// --- Teardown ---
+
+TEST_F(Controller, destroyedWhileRecordingClosesTheFilesAndReportsNothing) {
+    connectDeck();
+    set(BXMCDetectEndTape, true);
+    controller->setRecording(true);
+    deliverRun(3, "01:00:00:00", "10:00:00");
+    surroundings.runLoop.runPosted();
+    deliver("01:00:00:03", "10:00:00");
+    const auto fileOutput = controller->fileOutput();
+    controller.reset();
+    EXPECT_EQ(messages(), (Entries{"begin", "will 1"}));
+    EXPECT_EQ(surroundings.files.file(thumbnails(1)).openNow, 0);
+    EXPECT_EQ(framesIn(thumbnails(1)), (std::vector<int>{0, 3}));
+    EXPECT_EQ(movies(), (Entries{"/1.mov", "nothing"}));
+    EXPECT_FALSE(deck->isOpen());
+    EXPECT_FALSE(surroundings.capture.session->isRunning());
+    EXPECT_TRUE(surroundings.interfaces.captureView->overlayViews().empty());
+    EXPECT_EQ(surroundings.interfaces.captureView->captureSession(), nullptr);
+    // Nothing that is still under way finds its way to the controller that is gone.
+    surroundings.runLoop.runPosted();
+    EXPECT_TRUE(surroundings.runLoop.timers().empty());
+    deliver("01:00:00:04", "10:00:00");
+    set(BXMCDetectScene, false);
+    deck->postAttributeNotification(surroundings.notifications,
+                                    platform::QTCaptureDeviceAttributeDidChangeNotification,
+                                    platform::QTCaptureDeviceAVCTransportControlsAttribute);
+}
+
+TEST_F(Controller, anInterfaceWithoutOutletsIsNoHindrance) {
+    struct Empty : platform::InterfaceLoader {
+        std::unique_ptr<platform::LoadedInterface> load(const std::string&) override {
+            return std::make_unique<platform::native::HeadlessInterface>();
+        }
+    } empty;
+    controller.reset();
+    platform::Surroundings bare{surroundings.clock,    surroundings.runLoop,
+                                surroundings.threads,  surroundings.notifications,
+                                surroundings.defaults, surroundings.localization,
+                                surroundings.log,      surroundings.alerts,
+                                surroundings.files,    empty,
+                                surroundings.capture,  surroundings.compression};
+    BXMCController withoutOutlets(bare);
+    withoutOutlets.setSelectedVideoDevice(deck);
+    withoutOutlets.setRecording(true);
+    EXPECT_EQ(withoutOutlets.captureView(), nullptr);
+}
+
+} // namespace
+} // namespace merro::test
