@@ -36,11 +36,10 @@ public:
     }
 
     void fire() {
-        const bool wasFiring =
-            std::exchange(m_isFiring, true); // an action may serve the loop in another mode
+        m_isFiring = true; // an action may serve the loop in another mode; it is not fired again meanwhile
         m_action();
-        m_isFiring = wasFiring;
-        if (!m_isValid && !m_isFiring)
+        m_isFiring = false;
+        if (!m_isValid || !repeats())
             m_action = nullptr;
     }
 
@@ -88,10 +87,10 @@ bool MainRunLoop::serve(RunLoopMode mode, const std::function<bool()>& isFinishe
     bool canGoOn = true;
     bool hasFinished = false;
     while (canGoOn && !m_isStopping && !(hasFinished = isFinished && isFinished())) {
-        if (runNext(mode))
-            continue;
-        const auto timer = firstTimer(mode);
-        canGoOn = waitUntil(timer ? std::optional(timer->due()) : std::nullopt);
+        const Waited waited = waitUntil(firstDue(mode));
+        if (waited == Waited::UntilDue)
+            runNext(mode);
+        canGoOn = waited != Waited::ForNothing;
     }
     const bool wasStopped = m_isStopping;
     if (--m_depth == 0)
@@ -99,16 +98,21 @@ bool MainRunLoop::serve(RunLoopMode mode, const std::function<bool()>& isFinishe
     return isFinished ? hasFinished : wasStopped;
 }
 
-bool MainRunLoop::runNext(RunLoopMode mode) {
+std::optional<Due> MainRunLoop::firstDue(RunLoopMode mode) {
     const auto posted = firstPosted();
     const auto timer = firstTimer(mode);
-    if (timer && timer->due().moment <= now() && (!posted || timer->due() < *posted)) {
+    if (!timer || (posted && *posted < timer->due()))
+        return posted;
+    return timer->due();
+}
+
+void MainRunLoop::runNext(RunLoopMode mode) {
+    const auto posted = firstPosted();
+    const auto timer = firstTimer(mode);
+    if (timer && (!posted || timer->due() < *posted))
         fire(timer);
-        return true;
-    }
-    if (posted)
+    else if (posted)
         runFirstPosted();
-    return posted.has_value();
 }
 
 std::optional<Due> MainRunLoop::firstPosted() {

@@ -71,9 +71,15 @@ protected:
     /// Makes the wait under way, or the next one, return. Any thread.
     virtual void wakeUp() = 0;
 
-    /// Blocks the main thread until `due`, for ever when there is none, or until woken. False when neither
-    /// can happen.
-    [[nodiscard]] virtual bool waitUntil(const std::optional<Due>& due) = 0;
+    enum class Waited {
+        UntilDue,
+        UntilWoken,
+        ForNothing, ///< neither can ever happen
+    };
+
+    /// Blocks the main thread until it is the turn of what is `due` (never when there is none), or until
+    /// woken.
+    [[nodiscard]] virtual Waited waitUntil(const std::optional<Due>& due) = 0;
 
 private:
     class ScheduledTimer;
@@ -83,7 +89,8 @@ private:
     };
 
     [[nodiscard]] bool serve(RunLoopMode mode, const std::function<bool()>& isFinished);
-    [[nodiscard]] bool runNext(RunLoopMode mode);
+    [[nodiscard]] std::optional<Due> firstDue(RunLoopMode mode);
+    void runNext(RunLoopMode mode);
     [[nodiscard]] std::optional<Due> firstPosted();
     [[nodiscard]] std::shared_ptr<ScheduledTimer> firstTimer(RunLoopMode mode);
     void runFirstPosted();

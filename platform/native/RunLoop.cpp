@@ -1,5 +1,7 @@
 #include "platform/native/RunLoop.h"
 
+#include <utility>
+
 namespace merro::platform::native {
 
 std::shared_ptr<void> RunLoop::holdForOutsideWork() {
@@ -12,15 +14,16 @@ void RunLoop::wakeUp() {
     m_wake.notify_one();
 }
 
-bool RunLoop::waitUntil(const std::optional<Due>& due) {
+MainRunLoop::Waited RunLoop::waitUntil(const std::optional<Due>& due) {
+    if (due && due->moment <= m_clock.now())
+        return Waited::UntilDue;
     std::unique_lock lock(m_mutex);
     const auto isWoken = [this] { return m_isWoken; };
     if (due)
         m_wake.wait_until(lock, m_clock.timePoint(due->moment), isWoken);
     else
         m_wake.wait(lock, isWoken);
-    m_isWoken = false;
-    return true;
+    return std::exchange(m_isWoken, false) ? Waited::UntilWoken : Waited::UntilDue;
 }
 
 } // namespace merro::platform::native

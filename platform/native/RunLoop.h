@@ -20,7 +20,7 @@ private:
     [[nodiscard]] Moment now() const override { return m_clock.now(); }
     [[nodiscard]] std::uint64_t nextOrder() override { return m_nextOrder++; }
     void wakeUp() override;
-    [[nodiscard]] bool waitUntil(const std::optional<Due>& due) override;
+    [[nodiscard]] Waited waitUntil(const std::optional<Due>& due) override;
 
     const Clock& m_clock;
     std::atomic<std::uint64_t> m_nextOrder = 0;

@@ -23,9 +23,7 @@ private:
         return m_scheduler.isInside() ? m_scheduler.nextOrder() : 0;
     }
     void wakeUp() override { m_scheduler.wakeRunLoop(); }
-    [[nodiscard]] bool waitUntil(const std::optional<Due>& due) override {
-        return m_scheduler.blockInRunLoop(due) != Scheduler::Wake::Never;
-    }
+    [[nodiscard]] Waited waitUntil(const std::optional<Due>& due) override;
 
     Scheduler& m_scheduler;
 };

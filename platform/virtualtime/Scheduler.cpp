@@ -113,7 +113,8 @@ void Scheduler::sleepFor(Duration duration) {
     }
     const Moment start = now();
     const Moment end = duration > Moment::max() - start ? Moment::max() : start + duration;
-    const bool isNext = end < Moment::max() && m_ready.empty() && (m_due.empty() || end < m_due.begin()->first.moment) &&
+    const bool isNext = end < Moment::max() && m_ready.empty() &&
+                        (m_due.empty() || end < m_due.begin()->first.moment) &&
                         !m_outside->hasWork.load(std::memory_order_relaxed);
     if (isNext)
         m_now.store(end.count(), std::memory_order_relaxed);

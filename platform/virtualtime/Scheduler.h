@@ -72,7 +72,8 @@ public:
     /// The calling thread. Ends the program when it is from outside: `operation` names what it may not do.
     [[nodiscard]] Thread& callingThread(const char* operation) const;
 
-    /// Blocks the calling thread until makeReady or `due` (Moment::max() is never). `waitingFor` ends the sentence "it waits for".
+    /// Blocks the calling thread until makeReady or `due` (Moment::max() is never). `waitingFor` ends the
+    /// sentence "it waits for".
     [[nodiscard]] Wake block(Thread& self, const std::optional<Due>& due, const char* waitingFor);
 
     /// Lets a blocked thread go on when its turn comes. Threads of this world.
@@ -102,7 +103,7 @@ private:
 
     // All below belongs to the thread that holds the baton.
     std::uint64_t m_switchCount = 0;
-    std::uint64_t m_orderCount = 0;
+    std::uint64_t m_orderCount = 1; ///< 0 is for what comes from outside
     std::optional<std::mt19937> m_shuffle;
     std::map<Due, Thread*> m_due;             ///< blocked threads with a moment to wake at
     std::map<std::uint64_t, Thread*> m_ready; ///< by order
