@@ -13,7 +13,10 @@ namespace merro::platform::deck {
 namespace {
 
 /// A multiple of every page size.
-constexpr std::size_t stretchSize = std::size_t{16} << 20;
+constexpr std::size_t stretchSize = std::size_t{4} << 20;
+
+/// How many stretches before and after the one being read stay in memory.
+constexpr std::size_t stretchesKept = 4;
 
 Error cannotRead(const std::string& path, int code) {
     return {"\"" + path + "\" cannot be read", std::generic_category().message(code), code};
@@ -56,13 +59,16 @@ bool MappedFile::moveTo(std::size_t offset) {
     if (stretch == m_stretch)
         return false;
     m_stretch = stretch;
-    const std::size_t keepFrom = (stretch - std::min<std::size_t>(stretch, 1)) * stretchSize;
-    const std::size_t keepTo = std::min((stretch + 2) * stretchSize, m_bytes.size());
+    const std::size_t from = stretch * stretchSize;
+    const std::size_t to = std::min(from + stretchSize, m_bytes.size());
+    const std::size_t keepFrom = from - std::min(from, stretchesKept * stretchSize);
+    const std::size_t keepTo = std::min(to + stretchesKept * stretchSize, m_bytes.size());
     giveBack(m_touchedFrom, std::min(keepFrom, m_touchedTo));
     giveBack(std::max(keepTo, m_touchedFrom), m_touchedTo);
-    const bool overlaps = m_touchedFrom < keepTo && keepFrom < m_touchedTo;
-    m_touchedFrom = overlaps ? std::max(keepFrom, m_touchedFrom) : stretch * stretchSize;
-    m_touchedTo = keepTo;
+    m_touchedFrom = std::clamp(m_touchedFrom, keepFrom, from);
+    m_touchedTo = std::clamp(m_touchedTo, to, keepTo);
+    // Not needed for anything to be right, and unknown to kernels before 5.14.
+    (void)::madvise(const_cast<std::uint8_t*>(m_bytes.data()) + from, to - from, MADV_POPULATE_READ);
     return true;
 }
 

@@ -26,8 +26,9 @@ public:
     /// The file as it was when it was mapped. Bytes beyond currentSize() must not be touched.
     [[nodiscard]] std::span<const std::uint8_t> bytes() const { return m_bytes; }
 
-    /// The reading has come to `offset`: pages far from there are given back. True when it came into another
-    /// stretch of the file, the time to look whether the file has shrunk.
+    /// The reading has come to `offset`: the stretch of the file around it is brought into memory in one go,
+    /// which costs far less than a fault for every few pages, and what lies far from it is given back. True
+    /// when it came into another stretch, the time to look whether the file has shrunk.
     bool moveTo(std::size_t offset);
 
     /// How long the file is now, at most as long as it was when it was mapped.
