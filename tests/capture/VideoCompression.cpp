@@ -1,78 +1,18 @@
 #include "capture/VideoCompression.h"
 
-#include "capture/CaptureDefaults.h"
-#include "capture/QTCustomCompressionOptions.h"
-#include "capture/QTNoCompressionOptions.h"
-#include "tests/support/FakeDevice.h"
-#include "tests/support/TestSurroundings.h"
-
-#include <gtest/gtest.h>
+#include "tests/capture/CompressionFixture.h"
 
 #include <memory>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace merro::test {
 namespace {
 
 using platform::Change;
-using platform::CompressionOptionsRef;
-using platform::Data;
-using platform::fourCharCode;
 using platform::MediaType;
-using platform::QTVideoCompressionOptions;
-using platform::Value;
-using platform::native::HeadlessPopUpButton;
-
-constexpr std::uint32_t kCodec = fourCharCode("avc1");
-
-/// The choices are "None" (0), "H.264" (1), "Photo JPEG" (2), "Custom..." (3).
-class Compression : public testing::Test {
-protected:
-    Compression() {
-        storeMissingCaptureDefaults(surroundings.defaults);
-        declareCaptureDependentKeys(announcements);
-        component.codecType = kCodec;
-    }
-
-    void giveTheSessionAnInput() {
-        const auto input = std::make_shared<FakeDeviceInput>(std::make_shared<FakeDevice>());
-        ASSERT_FALSE(session->addInput(input).has_value());
-    }
-
-    /// What the video connection was given last.
-    [[nodiscard]] CompressionOptionsRef applied() const {
-        const auto all = output->compressionOptions();
-        return all.empty() ? nullptr : all.back().second;
-    }
-    [[nodiscard]] std::shared_ptr<const QTVideoCompressionOptions> appliedCustomOptions() const {
-        return std::dynamic_pointer_cast<const QTVideoCompressionOptions>(applied());
-    }
-
-    void storeCustomSettings(const Data& settings) {
-        defaults.setObjectForKey(settings, "captureMovieCompressionData");
-    }
-    [[nodiscard]] std::optional<Value> storedCustomSettings() const {
-        return defaults.objectForKey("captureMovieCompressionData");
-    }
-    [[nodiscard]] std::vector<std::string> logged() const { return surroundings.log.lines(); }
-
-    TestSurroundings surroundings;
-    platform::native::MemoryUserDefaults& defaults = surroundings.defaults;
-    FakeCompressionComponents& component = surroundings.compression;
-    platform::KeyValueObserving announcements;
-    std::shared_ptr<FakeSession> session = std::make_shared<FakeSession>(surroundings.journal);
-    std::shared_ptr<FakeMovieFileOutput> output =
-        std::make_shared<FakeMovieFileOutput>(1, surroundings.journal);
-    std::shared_ptr<HeadlessPopUpButton> popUp = std::make_shared<HeadlessPopUpButton>();
-    CompressionOptionsRef none = QTNoCompressionOptions::noCompressionOptions();
-    CompressionOptionsRef custom = QTCustomCompressionOptions::customCompressionOptions();
-    CompressionOptionsRef h264 = surroundings.capture.videoChoices[0].second;
-    CompressionOptionsRef jpeg = surroundings.capture.videoChoices[1].second;
-    VideoCompression compression{surroundings.all, announcements, session,
-                                 output,           popUp,         "captureMovieCompressionData"};
-};
 
 // --- The marker objects ---
 
@@ -381,126 +321,6 @@ TEST_F(Compression, CustomSettingsAreKeptUnderTheKeyThatWasGiven) {
 
     EXPECT_EQ(defaults.objectForKey("otherData"), Value(component.dialogSettings));
     EXPECT_EQ(storedCustomSettings(), std::nullopt);
-}
-
-// --- The compression component ---
-
-TEST_F(Compression, TheComponentIsTheStandardOneForTheMedium) {
-    const Data settings{1};
-    (void)compression.userOptions(nullptr, nullptr, &settings, "", MediaType::Video);
-    (void)compression.userOptions(nullptr, nullptr, &settings, "", MediaType::Sound);
-
-    ASSERT_EQ(component.opened.size(), 2U);
-    EXPECT_EQ(component.opened[0].type, fourCharCode("scdi"));
-    EXPECT_EQ(component.opened[0].subType, fourCharCode("imag"));
-    EXPECT_EQ(component.opened[1].type, fourCharCode("scdi"));
-    EXPECT_EQ(component.opened[1].subType, fourCharCode("audi"));
-    EXPECT_EQ(component.preferenceFlags, 256U);
-}
-
-TEST_F(Compression, AnotherMediumIsRefused) {
-    EXPECT_EQ(compression.userOptions(nullptr, nullptr, nullptr, "", MediaType::Muxed), nullptr);
-
-    EXPECT_EQ(logged(), std::vector<std::string>{"Invalid mediaType muxx. Aborting."});
-    EXPECT_TRUE(component.opened.empty());
-}
-
-TEST_F(Compression, AMissingComponentIsLogged) {
-    component.opens = false;
-
-    EXPECT_EQ(compression.userOptions(nullptr, nullptr, nullptr, "", MediaType::Video), nullptr);
-
-    EXPECT_EQ(logged(), std::vector<std::string>{"Compression component opening failed"});
-}
-
-TEST_F(Compression, GivenSettingsAreUsedSilentlyAndStoredUnderTheName) {
-    storeCustomSettings({9});
-    const Data settings{1, 2};
-    std::uint32_t codecType = 0;
-    double frameRate = 0;
-    component.frameRate = 12.5;
-
-    const auto options = compression.userOptions(&codecType, &frameRate, &settings,
-                                                 "captureMovieCompressionData", MediaType::Video);
-
-    EXPECT_EQ(options, component.lastSessionOptions);
-    EXPECT_EQ(component.dialogsShown, 0);
-    EXPECT_EQ(component.settings, settings);
-    EXPECT_EQ(storedCustomSettings(), Value(settings));
-    EXPECT_EQ(codecType, kCodec);
-    EXPECT_EQ(frameRate, 12.5);
-    EXPECT_EQ(component.openNow, 0);
-}
-
-TEST_F(Compression, TheSessionOptionsAreGivenOneProperty) {
-    const Data settings{1};
-
-    (void)compression.userOptions(nullptr, nullptr, &settings, "", MediaType::Video);
-
-    using Property = std::tuple<std::uint32_t, std::uint32_t, std::uint32_t>;
-    EXPECT_EQ(component.lastSessionOptions->properties,
-              (std::vector<Property>{{fourCharCode("icso"), fourCharCode("imps"), 0}}));
-}
-
-TEST_F(Compression, WithoutANameNothingIsReadOrStored) {
-    storeCustomSettings({9});
-
-    (void)compression.userOptions(nullptr, nullptr, nullptr, "", MediaType::Sound);
-
-    EXPECT_EQ(component.dialogsShown, 1);
-    EXPECT_EQ(component.settingsWhenDialogOpened, std::nullopt);
-    EXPECT_EQ(storedCustomSettings(), Value(Data{9}));
-    EXPECT_EQ(defaults.objectForKey(""), std::nullopt);
-}
-
-TEST_F(Compression, SettingsThatTheComponentRefusesAreLoggedAndTheRestGoesOn) {
-    component.setSettingsResult = -50;
-    const Data settings{1};
-
-    EXPECT_NE(compression.userOptions(nullptr, nullptr, &settings, "", MediaType::Video), nullptr);
-
-    EXPECT_EQ(logged(), std::vector<std::string>{"SCSetSettingsFromAtomContainer() failed with error -50"});
-}
-
-TEST_F(Compression, ADialogThatFailsIsLoggedAndEndsTheCall) {
-    component.requestResult = -2;
-
-    EXPECT_EQ(
-        compression.userOptions(nullptr, nullptr, nullptr, "captureMovieCompressionData", MediaType::Video),
-        nullptr);
-
-    EXPECT_EQ(logged(), std::vector<std::string>{"SCRequestSequenceSettings() failed with error -2"});
-    EXPECT_EQ(storedCustomSettings(), std::nullopt);
-    EXPECT_EQ(component.openNow, 0);
-}
-
-// Support tools look for the line with the name of the other function.
-TEST_F(Compression, SettingsThatCannotBeReadBackAreLoggedUnderTheSettersNameAndNotStored) {
-    storeCustomSettings({9});
-    component.settingsResult = -7;
-    const Data settings{1};
-
-    EXPECT_NE(
-        compression.userOptions(nullptr, nullptr, &settings, "captureMovieCompressionData", MediaType::Video),
-        nullptr);
-
-    EXPECT_EQ(logged(), std::vector<std::string>{"SCSetSettingsFromAtomContainer() failed with error -7"});
-    EXPECT_EQ(storedCustomSettings(), Value(Data{9}));
-}
-
-TEST_F(Compression, SessionOptionsThatCannotBeHadAreLoggedAfterTheSettingsWereStored) {
-    component.copyOptionsResult = -3;
-    const Data settings{4};
-    std::uint32_t codecType = 1;
-
-    EXPECT_EQ(compression.userOptions(&codecType, nullptr, &settings, "captureMovieCompressionData",
-                                      MediaType::Video),
-              nullptr);
-
-    EXPECT_EQ(logged(), std::vector<std::string>{"SCCopyCompressionSessionOptions() failed with error -3"});
-    EXPECT_EQ(storedCustomSettings(), Value(Data{4}));
-    EXPECT_EQ(codecType, 1U);
-    EXPECT_EQ(component.openNow, 0);
 }
 
 } // namespace
