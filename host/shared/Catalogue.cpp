@@ -44,14 +44,16 @@ std::optional<std::string> optionalText(const soci::row& row, std::size_t column
 void runClipStatement(soci::session& session, const char* statement, const ClipEntry& clip) {
     ClipTexts texts(clip);
     const std::string clipId = clip.clipId();
-    const auto bind = [](OptionalText& text, const char* name) {
-        return soci::use(text.text, text.indicator, name);
-    };
     session << statement, soci::use(clip.number, "number"), soci::use(clipId, "id"),
-        soci::use(clip.tapeId, "tape"), bind(texts.recordingDate, "date"), bind(texts.startTimecode, "start"),
-        bind(texts.endTimecode, "end"), bind(texts.duration, "duration"),
-        soci::use(clip.aspectRatio, "aspect"), bind(texts.moviePath, "movie"),
-        bind(texts.thumbnailPath, "thumbnail"), bind(texts.posterPath, "poster"),
+        soci::use(clip.tapeId, "tape"),
+        soci::use(texts.recordingDate.text, texts.recordingDate.indicator, "date"),
+        soci::use(texts.startTimecode.text, texts.startTimecode.indicator, "start"),
+        soci::use(texts.endTimecode.text, texts.endTimecode.indicator, "end"),
+        soci::use(texts.duration.text, texts.duration.indicator, "duration"),
+        soci::use(clip.aspectRatio, "aspect"),
+        soci::use(texts.moviePath.text, texts.moviePath.indicator, "movie"),
+        soci::use(texts.thumbnailPath.text, texts.thumbnailPath.indicator, "thumbnail"),
+        soci::use(texts.posterPath.text, texts.posterPath.indicator, "poster"),
         soci::use(clip.framesLost, "lost"), soci::use(clip.problem, "problem");
 }
 
