@@ -6,6 +6,7 @@ extern "C" {
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 
 namespace merro::platform::ffmpeg {
@@ -37,9 +38,18 @@ std::optional<std::string> timecodeText(const TimecodeValue& timecode, const DVF
     return text.data();
 }
 
+/// ISO 8601, in universal time.
 std::string creationTime(const CalendarFields& recordingDate) {
-    const auto instant = dateFromCalendar(recordingDate)->instant().time_since_epoch();
-    return std::to_string(std::chrono::duration_cast<std::chrono::microseconds>(instant).count());
+    const auto instant = std::chrono::floor<std::chrono::seconds>(dateFromCalendar(recordingDate)->instant());
+    const auto day = std::chrono::floor<std::chrono::days>(instant);
+    const std::chrono::year_month_day date(day);
+    const std::chrono::hh_mm_ss time(instant - day);
+    std::array<char, 64> text{};
+    (void)std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ",
+                        static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                        static_cast<unsigned>(date.day()), static_cast<int>(time.hours().count()),
+                        static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()));
+    return text.data();
 }
 
 } // namespace

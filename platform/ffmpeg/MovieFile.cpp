@@ -41,7 +41,7 @@ std::optional<Error> MovieFile::open() {
         return fileError("write the movie", m_path, error);
     m_largest = m_files->largestFileBytes(m_path);
     m_reserve = createBeside(*m_files, m_path, "reserve", m_reservePath, error);
-    growReserve(0);
+    growReserve(1);
     if (m_failure) {
         dropReserve();
         discard();

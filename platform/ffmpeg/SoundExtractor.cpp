@@ -1,5 +1,7 @@
 #include "platform/ffmpeg/SoundExtractor.h"
 
+#include "platform/ffmpeg/DVFrameFacts.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -55,9 +57,7 @@ FrameSound SoundExtractor::extract(std::span<const std::uint8_t> frame) {
         return sound;
 
     // First comes the picture, then the frame's sound, then the refusal to hand out more than this frame.
-    bool isUnderstood = false;
     while (av_read_frame(m_demuxer.get(), m_packet.get()) >= 0) {
-        isUnderstood = true;
         const auto pair = static_cast<std::size_t>(m_packet->stream_index) - 1;
         const AVCodecParameters* parameters = m_demuxer->streams[m_packet->stream_index]->codecpar;
         if (parameters->codec_type == AVMEDIA_TYPE_AUDIO && pair < kSoundPairs) {
@@ -70,8 +70,6 @@ FrameSound SoundExtractor::extract(std::span<const std::uint8_t> frame) {
         }
         av_packet_unref(m_packet.get());
     }
-    if (!isUnderstood)
-        m_demuxer.reset(); // a demuxer that has lost the frames' system does not find it again
     return sound;
 }
 
@@ -90,6 +88,20 @@ void SoundExtractor::copySoundBlocks(std::uint8_t* destination, std::size_t from
     }
 }
 
+void SoundExtractor::repairHeader(std::uint8_t* destination, std::size_t from, std::size_t to) const {
+    const auto put = [&](std::size_t place, std::uint8_t byte) {
+        if (place >= from && place < to)
+            destination[place - from] = byte;
+    };
+    const bool is625 = m_frame.size() == kFrameBytes625_50;
+    put(0, 0x1F);
+    put(1, 0x07);
+    put(2, 0x00);
+    put(3, is625 ? 0xBF : 0x3F);
+    put(5 * kBlockBytes + 51,
+        0xFF); // the signal type of the VAUX source pack: left open, which means 25 Mb/s
+}
+
 int SoundExtractor::readCallback(void* self, std::uint8_t* destination, int size) {
     auto& extractor = *static_cast<SoundExtractor*>(self);
     const auto from = static_cast<std::size_t>(extractor.m_position - extractor.m_frameStart);
@@ -98,6 +110,7 @@ int SoundExtractor::readCallback(void* self, std::uint8_t* destination, int size
         return AVERROR_EOF;
     // Nine tenths of a frame are pictures, which nobody looks at here: they are left out.
     extractor.copySoundBlocks(destination, from, from + bytes);
+    extractor.repairHeader(destination, from, from + bytes);
     extractor.m_position += static_cast<std::int64_t>(bytes);
     return static_cast<int>(bytes);
 }

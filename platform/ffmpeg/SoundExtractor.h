@@ -37,6 +37,10 @@ private:
     bool open();
     void copySoundBlocks(std::uint8_t* destination, std::size_t from, std::size_t to) const;
 
+    /// Makes the demuxer see the system that the frame's size says: it would go by a header that may be
+    /// damaged.
+    void repairHeader(std::uint8_t* destination, std::size_t from, std::size_t to) const;
+
     std::span<const std::uint8_t> m_frame;
     std::int64_t m_frameStart =
         0; ///< where m_frame lies in the endless file that the demuxer believes to read
