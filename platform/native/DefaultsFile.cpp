@@ -42,7 +42,7 @@ private:
 
 std::string realPath(const std::string& path) {
     std::error_code ignored;
-    const auto real = std::filesystem::weakly_canonical(path, ignored);
+    const auto real = std::filesystem::weakly_canonical(std::filesystem::absolute(path, ignored), ignored);
     return real.empty() ? path : real.string();
 }
 
