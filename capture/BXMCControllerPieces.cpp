@@ -76,10 +76,12 @@ void BXMCController::Pieces::captureOutput(platform::QTCaptureMovieFileOutput& o
     const bool carriesPlainDV = isMovieOutput != compression.isCompressed();
     if (carriesPlainDV)
         detector.detectAndCaptureThumbnail(sampleBuffer);
-    if (isMovieOutput && state.isRecording()) {
-        if (const auto held = turn.tryEnter(); held && state.isRecording())
-            movie.movieDetection(sampleBuffer);
-    }
+    if (!isMovieOutput)
+        return;
+    if (!state.isRecording())
+        movie.leaveFrameOut();
+    else if (const auto held = turn.tryEnter(); held && state.isRecording())
+        movie.movieDetection(sampleBuffer);
 }
 
 void BXMCController::Pieces::deviceSelected() {

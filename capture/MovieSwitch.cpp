@@ -30,6 +30,7 @@ void MovieSwitch::movieDetection(const platform::QTSampleBuffer& sampleBuffer) {
         const SMPTETime mark = start.SMPTETimeValue();
         if (BXMCTimecodeUtils::timecodeCompareWith(timecode, mark) != -1) {
             logMark("START", mark);
+            m_isMovieRunning = true;
             m_output->recordToOutputFileURL(m_clip.moviePath());
             timecodeStartValue.set({});
             // An end that has not been passed by now is that of a clip whose timecodes lie later on: the new
@@ -37,6 +38,16 @@ void MovieSwitch::movieDetection(const platform::QTSampleBuffer& sampleBuffer) {
             timecodeEndValue.set({});
         }
     }
+}
+
+void MovieSwitch::recordToNoFile() {
+    m_isMovieRunning = false;
+    m_output->recordToOutputFileURL(std::nullopt);
+}
+
+void MovieSwitch::leaveFrameOut() {
+    if (m_isMovieRunning.exchange(false))
+        m_output->recordToOutputFileURL(std::nullopt);
 }
 
 void MovieSwitch::logMark(const char* what, const SMPTETime& timecode) {

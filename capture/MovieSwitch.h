@@ -12,6 +12,7 @@
 #include "platform/QTCaptureSession.h"
 #include "platform/SMPTETime.h"
 
+#include <atomic>
 #include <memory>
 
 namespace merro {
@@ -26,7 +27,12 @@ public:
     /// One frame of the movie-file output, from within its delegate message.
     void movieDetection(const platform::QTSampleBuffer& sampleBuffer);
 
-    void recordToNoFile() { m_output->recordToOutputFileURL(std::nullopt); }
+    void recordToNoFile();
+
+    /// Ends the movie before the frame at hand when one is still being recorded: while recording is being
+    /// switched off, frames pass that are in no clip. Delivery thread, from within the output's delegate
+    /// message; no turn needed.
+    void leaveFrameOut();
 
     platform::Cell<TimecodeValue> timecodeStartValue;
     platform::Cell<TimecodeValue> timecodeEndValue;
@@ -37,6 +43,7 @@ private:
     std::shared_ptr<platform::QTCaptureMovieFileOutput> m_output;
     const ClipRecord& m_clip;
     platform::Log& m_log;
+    std::atomic<bool> m_isMovieRunning = false;
 };
 
 } // namespace merro
