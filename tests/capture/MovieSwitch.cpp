@@ -98,6 +98,16 @@ TEST_F(MovieSwitch, theEndMarkOfAnEarlierClipDoesNotEndTheMovieOfALaterOne) {
     EXPECT_EQ(journal(), (Entries{"1 record /clip.mov"}));
 }
 
+TEST_F(MovieSwitch, aFrameThatIsLeftOutEndsTheMovieOnceAndOnlyWhereThereIsOne) {
+    movieSwitch.leaveFrameOut();
+    EXPECT_TRUE(journal().empty());
+    movieSwitch.timecodeStartValue.set(timecode("00:00:00:00"));
+    deliver("00:00:00:00");
+    movieSwitch.leaveFrameOut();
+    movieSwitch.leaveFrameOut();
+    EXPECT_EQ(journal(), (Entries{"1 record /clip.mov", "1 record nothing"}));
+}
+
 TEST_F(MovieSwitch, hoursOutOfRangeArePrintedAsTheyAre) {
     SMPTETime time;
     time.mHours = -1;

@@ -419,6 +419,30 @@ TEST_F(RecordingSwitch, aHostThatStopsAndStartsAtAReportGetsAnEndAndABeginning) 
     EXPECT_EQ(messages().back(), "will 2");
 }
 
+TEST_F(RecordingSwitch, aFrameThatComesWhileRecordingIsBeingSwitchedOffIsInNoFile) {
+    connectDeck();
+    controller->setRecording(true);
+    deliverRun(2, "01:00:00:00", "10:00:00");
+    onDid = [&] { deliver("01:00:00:02", "10:00:00"); };
+    controller->setRecording(false);
+    EXPECT_EQ(report(0), "01:00:00:00 - 01:00:00:01 10:00:00");
+    EXPECT_EQ(framesIn(thumbnails(1)), (std::vector<int>{0, 1}));
+}
+
+TEST_F(RecordingSwitch, aFrameThatComesBeforeTheMovieIsEndedEndsIt) {
+    connectDeck();
+    controller->setRecording(true);
+    deliver("01:00:00:00", "10:00:00");
+    const auto observation = controller->announcements().addObserver(
+        "recording", [&](const std::string&, platform::Change change) {
+            if (change == platform::Change::Did)
+                deliver("01:00:00:01", "10:00:00");
+        });
+    controller->setRecording(false);
+    EXPECT_EQ(movies(), (Entries{"/1.mov", "nothing", "nothing"}));
+    EXPECT_EQ(report(0), "01:00:00:00 - 01:00:00:00 10:00:00");
+}
+
 TEST_F(RecordingSwitch, aStopFromWithinTheAlertMakesTheStopAfterItANoOp) {
     connectDeck();
     controller->setRecording(true);
