@@ -151,10 +151,12 @@ TEST_F(BackgroundFilesTest, postedWorkRunsBehindWhatWasAskedForBeforeOnOneOtherT
         seen.push_back(contents("file"));
         thread = std::this_thread::get_id();
         files.drain(); // on its own thread it has nothing to wait for
-        files.post([&] { seen.emplace_back("last"); });
     });
     file->append(bytes("b"));
-    files.post([&] { seen.push_back(contents("file")); });
+    files.post([&] {
+        seen.push_back(contents("file"));
+        files.post([&] { seen.emplace_back("last"); });
+    });
     files.drain();
     files.drain();
     EXPECT_EQ(seen, (std::vector<std::string>{"a", "ab", "last"}));

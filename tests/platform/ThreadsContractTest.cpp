@@ -13,10 +13,12 @@ using namespace std::chrono_literals;
 template <typename World>
 class ThreadsContract : public testing::Test {
 protected:
-    std::unique_ptr<ConditionLock> makeLock(int condition) {
-        return m_world.threads.makeConditionLock(condition);
+    ConditionLock* makeLock(int condition) {
+        m_locks.push_back(m_world.threads.makeConditionLock(condition));
+        return m_locks.back().get();
     }
 
+    std::vector<std::unique_ptr<ConditionLock>> m_locks; ///< outlive the threads that use them
     World m_world;
 };
 TYPED_TEST_SUITE(ThreadsContract, Worlds, WorldNames);
@@ -53,7 +55,7 @@ TYPED_TEST(ThreadsEnd, aThreadsBodyIsGoneWhenItHasRun) {
 }
 
 TYPED_TEST(ThreadsContract, aNewLockIsFreeAndHasTheConditionItWasGiven) {
-    const auto lock = this->makeLock(7);
+    auto* const lock = this->makeLock(7);
     EXPECT_EQ(lock->condition(), 7);
     lock->lockWhenCondition(7);
     lock->unlock();
@@ -61,7 +63,7 @@ TYPED_TEST(ThreadsContract, aNewLockIsFreeAndHasTheConditionItWasGiven) {
 }
 
 TYPED_TEST(ThreadsContract, theConditionCanBeReadWhileTheLockIsHeld) {
-    const auto lock = this->makeLock(0);
+    auto* const lock = this->makeLock(0);
     lock->lock();
     EXPECT_EQ(lock->condition(), 0);
     lock->unlockWithCondition(5);
@@ -69,7 +71,7 @@ TYPED_TEST(ThreadsContract, theConditionCanBeReadWhileTheLockIsHeld) {
 }
 
 TYPED_TEST(ThreadsContract, onlyOneThreadHoldsTheLock) {
-    const auto lock = this->makeLock(0);
+    auto* const lock = this->makeLock(0);
     int inside = 0;
     int total = 0;
     std::atomic<int> ended = 0;
@@ -92,7 +94,7 @@ TYPED_TEST(ThreadsContract, onlyOneThreadHoldsTheLock) {
 }
 
 TYPED_TEST(ThreadsContract, aThreadWaitsForItsConditionAndNotForAnother) {
-    const auto lock = this->makeLock(0);
+    auto* const lock = this->makeLock(0);
     std::atomic<bool> hasSeen2 = false;
     this->m_world.threads.detach("waits", [&] {
         lock->lockWhenCondition(2);
@@ -112,7 +114,7 @@ TYPED_TEST(ThreadsContract, aThreadWaitsForItsConditionAndNotForAnother) {
 }
 
 TYPED_TEST(ThreadsContract, twoThreadsHandWorkBackAndForth) {
-    const auto lock = this->makeLock(0);
+    auto* const lock = this->makeLock(0);
     std::vector<int> done;
     std::atomic<bool> hasEnded = false;
     this->m_world.threads.detach("worker", [&] {
@@ -134,7 +136,7 @@ TYPED_TEST(ThreadsContract, twoThreadsHandWorkBackAndForth) {
 }
 
 TYPED_TEST(ThreadsContract, aWaitWithADeadlineGivesUpAndDoesNotHoldTheLock) {
-    const auto lock = this->makeLock(0);
+    auto* const lock = this->makeLock(0);
     const Moment deadline = this->m_world.clock.now() + 3ms;
     EXPECT_FALSE(lock->lockWhenConditionBefore(1, deadline));
     EXPECT_GE(this->m_world.clock.now(), deadline);
@@ -143,7 +145,7 @@ TYPED_TEST(ThreadsContract, aWaitWithADeadlineGivesUpAndDoesNotHoldTheLock) {
 }
 
 TYPED_TEST(ThreadsContract, aWaitWithADeadlineAlsoGivesUpWhileAnotherHoldsTheLock) {
-    const auto lock = this->makeLock(0);
+    auto* const lock = this->makeLock(0);
     lock->lock();
     std::atomic<int> answer = -1;
     this->m_world.threads.detach(
@@ -155,7 +157,7 @@ TYPED_TEST(ThreadsContract, aWaitWithADeadlineAlsoGivesUpWhileAnotherHoldsTheLoc
 }
 
 TYPED_TEST(ThreadsContract, aWaitWithADeadlineTakesTheLockWhenTheConditionComesInTime) {
-    const auto lock = this->makeLock(0);
+    auto* const lock = this->makeLock(0);
     this->m_world.threads.detach("helps", [&] {
         this->m_world.clock.sleepFor(1ms);
         lock->lock();
@@ -166,7 +168,7 @@ TYPED_TEST(ThreadsContract, aWaitWithADeadlineTakesTheLockWhenTheConditionComesI
 }
 
 TYPED_TEST(ThreadsContract, aDeadlineInThePastTakesAFreeLockAndNothingElse) {
-    const auto lock = this->makeLock(3);
+    auto* const lock = this->makeLock(3);
     this->m_world.clock.sleepFor(1ms);
     EXPECT_FALSE(lock->lockWhenConditionBefore(4, Moment::zero()));
     ASSERT_TRUE(lock->lockWhenConditionBefore(3, Moment::zero()));
@@ -174,7 +176,7 @@ TYPED_TEST(ThreadsContract, aDeadlineInThePastTakesAFreeLockAndNothingElse) {
 }
 
 TYPED_TEST(ThreadsContract, aThreadThatGaveUpDoesNotTakeTheLockFromOneThatStillWaits) {
-    const auto lock = this->makeLock(0);
+    auto* const lock = this->makeLock(0);
     EXPECT_FALSE(lock->lockWhenConditionBefore(1, this->m_world.clock.now() + 1ms));
     std::atomic<bool> hasIt = false;
     this->m_world.threads.detach("waits", [&] {
