@@ -23,7 +23,8 @@ constexpr std::array kPictures{
     NamedPicture{"testcard", "testsrc2=size={size}:rate={rate}"},
     NamedPicture{"clock", "testsrc=size={size}:rate={rate}"},
     NamedPicture{"fractal", "mandelbrot=size={size}:rate={rate}"},
-    NamedPicture{"gradients", "gradients=size={size}:rate={rate}:seed=7:speed=0.02:nb_colors=4"},
+    NamedPicture{"gradients", "gradients=size={size}:rate={rate}:seed=7:speed=0.02:nb_colors=4:c0=#D04020:c1="
+                              "#2060C0:c2=#40A040:c3=#F0D060"},
     NamedPicture{"life",
                  "life=size=90x72:rate=12:seed=3:ratio=0.3:mold=12:life_color=#F0C040:death_color=#204060:"
                  "mold_color=#102030"},
