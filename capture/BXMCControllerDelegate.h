@@ -13,15 +13,23 @@ class BXMCController;
 /// One member a message; an empty member is a message that the host does not answer. The controller holds the
 /// delegate weakly and asks it anew for each message. The members are set before the delegate is handed over
 /// and not changed afterwards.
+///
+/// The messages about a recording come in the order Begin, any number of (Will, Did), End, one at a time.
+/// They come on the main or on the delivery thread: whoever opens or ends the clip sends them. A host may
+/// take its time, wait for the main thread, and call setRecording from within each of them; what that causes
+/// follows when the message has returned. It must not destroy the controller there, nor wait for a main
+/// thread that is choosing a device or destroying the controller: that waits for the message.
 struct BXMCControllerDelegate {
     /// Recording is switched on; nothing has been done to the tape yet.
     std::function<void(BXMCController& controller)> mccontrollerBeginRecord;
 
     /// A clip is about to open. Answers its identifier and the paths of its files (kBXMCClipId,
-    /// kBXMCMoviePath, kBXMCThumbnailsPath), each of which may be left out. Delivery or main thread.
+    /// kBXMCMoviePath, kBXMCThumbnailsPath), each of which may be left out (capture/ClipInfoKeys.h).
     std::function<platform::Dictionary(BXMCController& controller)> mccontrollerWillRecord;
 
-    /// A clip has ended. Delivery or main thread.
+    /// A clip has ended; `info` tells what is known of it (capture/ClipInfoKeys.h). Its thumbnails file is
+    /// complete but for what waits to be written; its movie has ended when recording is being switched off,
+    /// and otherwise ends at the frame at hand.
     std::function<void(BXMCController& controller, const platform::Dictionary& info)>
         mccontrollerDidRecordInfo;
 
