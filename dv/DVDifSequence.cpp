@@ -16,9 +16,9 @@ constexpr std::uint8_t timecodePack = 0x13;
 constexpr std::uint8_t recordingDatePack = 0x62;
 constexpr std::uint8_t recordingTimePack = 0x63;
 
-constexpr unsigned packsPerSubcodeBlock = 6;
+constexpr std::size_t packsPerSubcodeBlock = 6;
 constexpr unsigned firstSubcodePackByte = 6;
-constexpr unsigned syncBlockSize = 8;
+constexpr std::size_t syncBlockSize = 8;
 
 using Pack = std::array<std::uint8_t, 5>;
 
@@ -36,7 +36,7 @@ public:
                                   static_cast<unsigned>(m_bytes.size()));
     }
 
-    [[nodiscard]] const std::uint8_t* at(unsigned index) const {
+    [[nodiscard]] const std::uint8_t* at(std::size_t index) const {
         return m_bytes.data() + syncBlockSize * index;
     }
 
@@ -181,7 +181,7 @@ void DVDifSequence::decodeSubCodeSection() {
 
 void DVDifSequence::decodeSubCodeSection(const DVDifSequenceBlock& block) {
     const SubcodePacks packs(block);
-    for (unsigned index = 0; index < packsPerSubcodeBlock; ++index) {
+    for (std::size_t index = 0; index < packsPerSubcodeBlock; ++index) {
         const std::uint8_t* const pack = packs.at(index);
         if (pack[0] == timecodePack)
             readTimecodePack(pack);
@@ -199,7 +199,7 @@ void DVDifSequence::readLastTimecodePack() {
         return;
     for (std::size_t block = blocks.size(); block-- > 0;) {
         const SubcodePacks packs(blocks[block]);
-        for (unsigned index = packsPerSubcodeBlock; index-- > 0;) {
+        for (std::size_t index = packsPerSubcodeBlock; index-- > 0;) {
             if (packs.at(index)[0] == timecodePack)
                 return readTimecodePack(packs.at(index));
         }

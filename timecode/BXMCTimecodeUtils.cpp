@@ -113,7 +113,9 @@ int BXMCTimecodeUtils::timecodeCompareWith(const SMPTETime& first, const SMPTETi
         return std::array{time.mHours, time.mMinutes, time.mSeconds, time.mFrames};
     };
     const auto order = fields(first) <=> fields(second);
-    return order > 0 ? 1 : order < 0 ? -1 : 0;
+    if (std::is_eq(order))
+        return 0;
+    return std::is_gt(order) ? 1 : -1;
 }
 
 TimecodeValue BXMCTimecodeUtils::generateTimecodeValueWithHourMinuteSecondFrame(std::int16_t hour,

@@ -33,6 +33,7 @@ constexpr unsigned syncBlockSize = 8;
 constexpr unsigned idSize = 3;
 constexpr unsigned packSize = 5;
 constexpr unsigned packsPerVauxBlock = 15;
+constexpr unsigned vauxPacks = 3 * packsPerVauxBlock;
 
 constexpr unsigned audioBlockIndex(unsigned audioBlock) {
     return firstAudioBlock + audioBlock * (1 + videoBlocksPerAudioBlock);
@@ -125,6 +126,11 @@ std::span<std::uint8_t> DVFrameBuilder::syncBlockPack(unsigned sequence, unsigne
     return block(sequence, firstSubcodeBlock + syncBlock / syncBlocksPerBlock).subspan(start, packSize);
 }
 
+std::span<std::uint8_t> DVFrameBuilder::vauxPack(unsigned sequence, unsigned index) {
+    const unsigned start = idSize + packSize * (index % packsPerVauxBlock);
+    return block(sequence, firstVauxBlock + index / packsPerVauxBlock).subspan(start, packSize);
+}
+
 void DVFrameBuilder::writeEmptySequence(unsigned sequence) {
     const auto header = block(sequence, 0);
     writeId(header, kDIFSectionHeader, sequence, 0);
@@ -202,20 +208,38 @@ void DVFrameBuilder::setRecordingTime(int hours, int minutes, int seconds, DateS
 
 void DVFrameBuilder::replaceDatePacks(const DVPack& pack, DateSequences sequences) {
     const bool isDate = pack[0] == recordingDateType;
+    const unsigned place = isDate ? 2 : 3;
     DVPack audioPack = pack;
     audioPack[0] = isDate ? audioDateType : audioTimeType;
-    emptyPacks(std::array{pack[0], audioPack[0]});
 
-    const unsigned place = isDate ? 2 : 3;
     for (unsigned sequence = 0; sequence < sequenceCount(); ++sequence) {
-        if (sequences == DateSequences::All || isSecondHalf(sequence)) {
-            for (unsigned index = isDate ? 1 : 2; index < syncBlocks; index += 3)
-                write(syncBlockPack(sequence, index), pack);
+        const bool hasDate = sequences == DateSequences::All || isSecondHalf(sequence);
+        for (unsigned index = 0; index < syncBlocks; ++index) {
+            const auto destination = syncBlockPack(sequence, index);
+            if (hasDate && index % 3 == place - 1)
+                write(destination, pack);
+            else if (destination[0] == pack[0])
+                write(destination, emptyPack);
         }
-        const auto [vauxBlock, vauxByte] = vauxPlace(sequence, place);
-        write(block(sequence, vauxBlock).subspan(vauxByte), pack);
-        if (block(sequence, audioBlockOfPack(sequence, 0))[idSize] == audioSourceType)
-            write(block(sequence, audioBlockOfPack(sequence, place)).subspan(idSize), audioPack);
+        replaceVauxPacks(sequence, place, pack);
+        const bool hasSound = block(sequence, audioBlockOfPack(sequence, 0))[idSize] == audioSourceType;
+        for (unsigned index = 0; index < audioBlocks; ++index) {
+            const auto destination = block(sequence, audioBlockIndex(index)).subspan(idSize);
+            const bool isPlace = audioBlockIndex(index) == audioBlockOfPack(sequence, place);
+            if ((hasSound && isPlace) || destination[0] == audioPack[0])
+                write(destination, audioPack);
+        }
+    }
+}
+
+void DVFrameBuilder::replaceVauxPacks(unsigned sequence, unsigned place, const DVPack& pack) {
+    const auto [vauxBlock, vauxByte] = vauxPlace(sequence, place);
+    write(block(sequence, vauxBlock).subspan(vauxByte), pack);
+    // Encoders repeat the packs in places of their own; players differ in which they read.
+    for (unsigned index = 0; index < vauxPacks; ++index) {
+        const auto destination = vauxPack(sequence, index);
+        if (destination[0] == pack[0])
+            write(destination, pack);
     }
 }
 
@@ -227,9 +251,8 @@ void DVFrameBuilder::setPicture(const DVPicture& picture) {
         byteOf((picture.startsRecording ? 0x00U : 0x80U) | 0x48U | (picture.isWide ? 2U : 0U)),
         byteOf(0xCCU | (picture.isStill ? 0x00U : 0x20U) | (picture.isInterlaced ? 0x10U : 0U)), 0xFF};
     for (unsigned sequence = 0; sequence < sequenceCount(); ++sequence) {
-        const auto [vauxBlock, sourceByte] = vauxPlace(sequence, 0);
-        write(block(sequence, vauxBlock).subspan(sourceByte), source);
-        write(block(sequence, vauxBlock).subspan(sourceByte + packSize), control);
+        replaceVauxPacks(sequence, 0, source);
+        replaceVauxPacks(sequence, 1, control);
     }
 }
 
@@ -249,9 +272,8 @@ void DVFrameBuilder::emptyPacks(std::span<const std::uint8_t> types) {
     for (unsigned sequence = 0; sequence < sequenceCount(); ++sequence) {
         for (unsigned index = 0; index < syncBlocks; ++index)
             empty(syncBlockPack(sequence, index));
-        for (unsigned index = 0; index < 3 * packsPerVauxBlock; ++index)
-            empty(block(sequence, firstVauxBlock + index / packsPerVauxBlock)
-                      .subspan(idSize + packSize * (index % packsPerVauxBlock), packSize));
+        for (unsigned index = 0; index < vauxPacks; ++index)
+            empty(vauxPack(sequence, index));
         for (unsigned index = 0; index < audioBlocks; ++index)
             empty(block(sequence, audioBlockIndex(index)).subspan(idSize, packSize));
     }

@@ -76,6 +76,8 @@ public:
     void setRecordingTime(int hours, int minutes, int seconds,
                           DateSequences sequences = DateSequences::SecondHalf);
 
+    /// Writes VAUX source and source control of every sequence, and replaces them where the frame repeats
+    /// them.
     void setPicture(const DVPicture& picture);
 
     /// Empties every timecode pack, every recording date and time pack.
@@ -103,10 +105,12 @@ public:
 private:
     [[nodiscard]] std::span<std::uint8_t> block(unsigned sequence, unsigned blockIndex);
     [[nodiscard]] std::span<std::uint8_t> syncBlockPack(unsigned sequence, unsigned syncBlock);
+    [[nodiscard]] std::span<std::uint8_t> vauxPack(unsigned sequence, unsigned index);
     [[nodiscard]] bool isSecondHalf(unsigned sequence) const { return sequence >= sequenceCount() / 2; }
     void writeEmptySequence(unsigned sequence);
     void writeTimecode(unsigned sequence, const DVPack& pack);
     void replaceDatePacks(const DVPack& pack, DateSequences sequences);
+    void replaceVauxPacks(unsigned sequence, unsigned place, const DVPack& pack);
     void emptyPacks(std::span<const std::uint8_t> types);
 
     DVSystem m_system;

@@ -203,6 +203,26 @@ TEST(DVFrameBuilder, DescribesThePicture) {
     }
 }
 
+TEST(DVFrameBuilder, ReplacesVauxPacksAlsoWhereAnEncoderRepeatsThem) {
+    std::vector<std::uint8_t> bytes = DVFrameBuilder(DVSystem::System625_50).bytes();
+    bytes[4 * 80 + 3] = 0x60;
+    bytes[4 * 80 + 8] = 0x61;
+    bytes[4 * 80 + 13] = 0x62;
+    bytes[4 * 80 + 18] = 0x63;
+    bytes[(6 + 7 * 16) * 80 + 3] = 0x52;
+    DVFrameBuilder builder(bytes);
+
+    builder.setPicture({.isWide = true});
+    builder.setRecordingDateTime({2005, 3, 17, 14, 3, 22});
+
+    EXPECT_EQ(packAt(builder, 0, 4, 3), (DVPack{0x60, 0xFF, 0xFF, 0x20, 0xFF}));
+    EXPECT_EQ(packAt(builder, 0, 4, 8), (DVPack{0x61, 0x3F, 0xCA, 0xFC, 0xFF}));
+    EXPECT_EQ(packAt(builder, 0, 4, 13), (DVPack{0x62, 0xFF, 0xD7, 0xE3, 0x05}));
+    EXPECT_EQ(packAt(builder, 0, 4, 18), (DVPack{0x63, 0xFF, 0xA2, 0x83, 0xD4}));
+    EXPECT_EQ(packAt(builder, 0, 6 + 7 * 16, 3), (DVPack{0x52, 0xFF, 0xD7, 0xE3, 0x05}));
+    EXPECT_EQ(packAt(builder, 2, 4, 13), emptyPack);
+}
+
 TEST(DVFrameBuilder, EmptiesTimecodeAndDates) {
     for (const DVSystem system : bothSystems) {
         const DVFrameBuilder empty(system);

@@ -33,7 +33,8 @@ public:
 
     HandMadeFrame& put(unsigned sequence, unsigned block, unsigned byte,
                        std::initializer_list<std::uint8_t> bytes) {
-        std::copy(bytes.begin(), bytes.end(), m_bytes.begin() + (sequence * 150 + block) * 80 + byte);
+        const std::size_t start = (std::size_t{sequence} * 150 + block) * 80 + byte;
+        std::copy(bytes.begin(), bytes.end(), m_bytes.data() + start);
         return *this;
     }
 
