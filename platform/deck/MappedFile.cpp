@@ -54,10 +54,10 @@ MappedFile::~MappedFile() {
     ::close(m_descriptor);
 }
 
-bool MappedFile::moveTo(std::size_t offset) {
+void MappedFile::moveTo(std::size_t offset) {
     const std::size_t stretch = offset / stretchSize;
     if (stretch == m_stretch)
-        return false;
+        return;
     m_stretch = stretch;
     const std::size_t from = stretch * stretchSize;
     const std::size_t to = std::min(from + stretchSize, m_bytes.size());
@@ -69,7 +69,6 @@ bool MappedFile::moveTo(std::size_t offset) {
     m_touchedTo = std::clamp(m_touchedTo, to, keepTo);
     // Not needed for anything to be right, and unknown to kernels before 5.14.
     (void)::madvise(const_cast<std::uint8_t*>(m_bytes.data()) + from, to - from, MADV_POPULATE_READ);
-    return true;
 }
 
 void MappedFile::giveBack(std::size_t from, std::size_t to) const {

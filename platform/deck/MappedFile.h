@@ -27,9 +27,8 @@ public:
     [[nodiscard]] std::span<const std::uint8_t> bytes() const { return m_bytes; }
 
     /// The reading has come to `offset`: the stretch of the file around it is brought into memory in one go,
-    /// which costs far less than a fault for every few pages, and what lies far from it is given back. True
-    /// when it came into another stretch, the time to look whether the file has shrunk.
-    bool moveTo(std::size_t offset);
+    /// which costs far less than a fault for every few pages, and what lies far from it is given back.
+    void moveTo(std::size_t offset);
 
     /// How long the file is now, at most as long as it was when it was mapped.
     [[nodiscard]] std::size_t currentSize() const;

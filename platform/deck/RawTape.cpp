@@ -12,9 +12,11 @@ RawTape::RawTape(std::shared_ptr<MappedFile> file)
           [this](std::size_t offset, std::size_t length, std::string_view what) {
               addFinding(offset, length, what);
           },
-          [this](std::size_t offset) { (void)m_file->moveTo(offset); }) {}
+          [this](std::size_t offset) { m_file->moveTo(offset); }) {}
 
 std::optional<TapeFrame> RawTape::frameAt(std::int64_t index) {
+    if (index < m_scanned)
+        noticeShrinking();
     while (index >= m_scanned && scanFrame()) {
     }
     if (index < 0 || index >= m_scanned)
@@ -24,8 +26,7 @@ std::optional<TapeFrame> RawTape::frameAt(std::int64_t index) {
         run = &*std::prev(std::ranges::upper_bound(m_runs, index, {}, &Run::firstIndex));
     const std::size_t offset =
         run->offset + static_cast<std::size_t>(index - run->firstIndex) * run->frameSize;
-    if (m_file->moveTo(offset))
-        noticeShrinking();
+    m_file->moveTo(offset);
     if (offset + run->frameSize > m_size)
         return std::nullopt;
     return TapeFrame{FrameBytes(m_file, m_file->bytes().subspan(offset, run->frameSize)),
@@ -47,8 +48,8 @@ std::vector<TapeFinding> RawTape::findings() const {
 bool RawTape::scanFrame() {
     if (m_isRead)
         return false;
-    if (m_file->moveTo(m_scanner.position()))
-        noticeShrinking();
+    noticeShrinking();
+    m_file->moveTo(m_scanner.position());
     const std::optional<ScannedFrame> frame = m_scanner.next();
     m_isRead = !frame;
     if (frame)
