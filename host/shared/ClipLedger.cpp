@@ -100,25 +100,14 @@ Dictionary ClipLedger::willRecord() {
 void ClipLedger::didRecord(const Dictionary& info) {
     ClipEntry clip = clipFromReport(info);
     clip.framesLost = m_settings.framesLost() - m_framesLostBefore;
-    if (m_settings.movies && !clip.startTimecode)
-        noteClipWithoutTimecode(clip);
+    if (!clip.startTimecode) {
+        const std::lock_guard lock(m_mutex);
+        m_withoutTimecode.insert(clip.number);
+    }
     ++m_clipCount;
     m_messages.event({{"event", "didRecord"}, {"clip", clipAsJson(clip)}});
     m_keeper.addClip(clip);
     finishThumbnails(clip.number);
-}
-
-void ClipLedger::noteClipWithoutTimecode(ClipEntry& clip) {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_withoutMovie.erase(clip.number);
-    }
-    addProblem(clip, "no movie: the tape has no timecode here");
-    if (!m_hasWarnedOfTimecode.exchange(true))
-        m_messages.warn(
-            fmt::format("The tape has no timecode at the start of clip {}: such clips get no movie "
-                        "(their thumbnails and reports are kept)",
-                        clip.clipId()));
 }
 
 void ClipLedger::finishThumbnails(int number) {
@@ -198,12 +187,23 @@ void ClipLedger::framesMissingInFile(const std::string& path, std::int64_t frame
 void ClipLedger::finish() {
     m_posters.finish();
     std::set<int> withoutMovie;
+    std::set<int> withoutTimecode;
     {
         const std::lock_guard lock(m_mutex);
         withoutMovie.swap(m_withoutMovie);
+        withoutTimecode.swap(m_withoutTimecode);
     }
-    for (const int number : withoutMovie)
-        m_keeper.changeClip(number, [](ClipEntry& clip) { addProblem(clip, "no movie was written"); });
+    for (const int number : withoutMovie) {
+        const char* const why = withoutTimecode.contains(number)
+                                    ? "no movie: the tape has no timecode here"
+                                    : "no movie: none of its frames was recorded";
+        m_keeper.changeClip(number, [why](ClipEntry& clip) { addProblem(clip, why); });
+    }
+    if (!withoutMovie.empty())
+        m_messages.warn(
+            fmt::format("{} of the clips got no movie, clip {} the first; their thumbnails and reports "
+                        "are kept",
+                        withoutMovie.size(), clipIdOfNumber(*withoutMovie.begin())));
 }
 
 } // namespace merro::host

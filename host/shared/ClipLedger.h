@@ -58,7 +58,6 @@ public:
     [[nodiscard]] int clipCount() const { return m_clipCount; }
 
 private:
-    void noteClipWithoutTimecode(ClipEntry& clip);
     void finishThumbnails(int number);
     void makePoster(int number);
 
@@ -71,9 +70,9 @@ private:
     std::atomic<int> m_nextNumber;
     std::atomic<int> m_clipCount = 0;
     std::atomic<std::int64_t> m_framesLostBefore = 0; ///< when the open clip was opened
-    std::atomic<bool> m_hasWarnedOfTimecode = false;
-    std::mutex m_mutex;           ///< guards m_withoutMovie
-    std::set<int> m_withoutMovie; ///< clips opened that a movie is still wanted of
+    std::mutex m_mutex;                               ///< guards the two below
+    std::set<int> m_withoutMovie;                     ///< clips opened that a movie is still wanted of
+    std::set<int> m_withoutTimecode;                  ///< clips whose first frame had none
 
     std::unique_ptr<platform::ffmpeg::PosterMaker> m_posterMaker; ///< the worker's thread only
     BackgroundWorker m_posters;
