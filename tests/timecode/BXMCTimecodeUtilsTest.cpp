@@ -232,8 +232,9 @@ TEST(TimecodeAsFrames, WrapsAroundIn32Bits) {
 
 TEST(TimecodeValue, IsComparedByContentAndMayBeMissing) {
     EXPECT_EQ(boxed(1, 2, 3, 4), boxed(1, 2, 3, 4));
-    EXPECT_FALSE(boxed(0, 0, 0, 0) == TimecodeValue{});
-    EXPECT_EQ(TimecodeValue{}.SMPTETimeValue(), nullTimecode);
+    const TimecodeValue missing;
+    EXPECT_FALSE(boxed(0, 0, 0, 0) == missing);
+    EXPECT_EQ(missing.SMPTETimeValue(), nullTimecode);
 }
 
 } // namespace
