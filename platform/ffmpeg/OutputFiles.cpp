@@ -104,9 +104,14 @@ std::unique_ptr<OutputFile> createBeside(OutputFiles& files, const std::string& 
                                          const std::string& suffix, std::string& createdPath, int& error) {
     constexpr int kTries = 1000; // leftovers of runs that were killed
     const std::filesystem::path wanted(path);
+    std::string hidden = ".";
+    hidden += wanted.filename().string();
     for (int number = 1; number <= kTries; ++number) {
-        const std::string middle = number == 1 ? "." : "." + std::to_string(number) + ".";
-        createdPath = (wanted.parent_path() / ("." + wanted.filename().string() + middle + suffix)).string();
+        std::string name = hidden;
+        if (number > 1)
+            name.append(".").append(std::to_string(number));
+        name.append(".").append(suffix);
+        createdPath = (wanted.parent_path() / name).string();
         auto file = files.create(createdPath, error);
         if (file || error != EEXIST)
             return file;
