@@ -142,6 +142,8 @@ TEST_F(EndOfTape, framesStartNoTimerWhileDetectionIsOffOrNothingIsRecorded) {
     connectDeck();
     controller->setRecording(true);
     deliver("01:00:00:00", "10:00:00");
+    surroundings.runLoop.runPosted();
+    EXPECT_TRUE(surroundings.runLoop.timers().empty());
     controller->setRecording(false);
     set(BXMCDetectEndTape, true);
     deliver("01:00:00:01", "10:00:00");

@@ -306,6 +306,19 @@ TEST_F(SceneDetection, aTakeThatEndsWithinTheSkipLeavesAClipOfOneFrame) {
     EXPECT_EQ(messages().back(), "will 3");
 }
 
+TEST_F(SceneDetection, aTakeThatEndsWithinTheSkipGoesOnAtOnceWhenNothingIsSkippedAnyMore) {
+    connectDeck();
+    set(BXMCNbDropFrame, 1);
+    controller->setRecording(true);
+    deliver("01:00:00:00", "10:00:00");
+    deliver("01:00:00:01", "11:00:00");
+    set(BXMCNbDropFrame, 0);
+    deliver("01:00:00:02", "12:00:00");
+    controller->setRecording(false);
+    EXPECT_EQ(messages(), (Entries{"begin", "will 1", "did 1", "will 2", "did 2", "will 3", "did 3", "end"}));
+    EXPECT_EQ(framesIn(thumbnails(3)), (std::vector<int>{2}));
+}
+
 // --- What every frame brings, recording or not ---
 
 TEST_F(SceneDetection, theTimecodeIsShownWhetherRecordingOrNot) {

@@ -193,7 +193,7 @@ TEST_F(SwitchingStress, startsFromPauseWithFramesSkippedAfterCuts) {
     build(5);
     defaults.setObjectForKey(2, BXMCActionAfterRecord);
     defaults.setObjectForKey(2, BXMCNbDropFrame);
-    for (int i = 0; i < 2000; ++i) {
+    for (int i = 0; i < 1000; ++i) {
         controller->setRecording(true);
         letFramesPass(12);
         controller->setRecording(false);
