@@ -23,7 +23,7 @@ namespace merro::platform {
 struct Due {
     Moment moment{};
     std::uint64_t order = 0;
-    friend auto operator<=>(const Due&, const Due&) = default;
+    friend auto operator<=>(const Due&, const Due&) = default; // NOLINT(modernize-use-nullptr)
 };
 
 class MainRunLoop : public RunLoop {

@@ -98,7 +98,7 @@ bool writeAll(int descriptor, std::string_view text) {
 
 } // namespace
 
-DefaultsFile::DefaultsFile(std::string path) : m_path(realPath(path)) {}
+DefaultsFile::DefaultsFile(const std::string& path) : m_path(realPath(path)) {}
 
 DefaultsFile::Contents DefaultsFile::read() const {
     const Descriptor file(::open(m_path.c_str(), O_RDONLY | O_CLOEXEC));

@@ -17,7 +17,7 @@ namespace merro::platform::native {
 /// One thread at a time.
 class DefaultsFile {
 public:
-    explicit DefaultsFile(std::string path);
+    explicit DefaultsFile(const std::string& path);
 
     struct Contents {
         Dictionary values;
@@ -34,7 +34,7 @@ public:
 private:
     [[nodiscard]] std::optional<Error> replaceWith(const std::string& text) const;
 
-    std::string m_path; ///< where a symbolic link leads, so that the link stays one
+    const std::string m_path; ///< where a symbolic link leads, so that the link stays one
 };
 
 } // namespace merro::platform::native

@@ -13,7 +13,7 @@ namespace merro::platform::native {
 namespace {
 
 std::string environment(const char* name) {
-    const char* const value = std::getenv(name);
+    const char* const value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): nobody sets it
     return value ? value : "";
 }
 
