@@ -12,13 +12,13 @@ namespace merro {
 namespace {
 
 // Pack types of IEC 61834-4.
-constexpr std::uint8_t timecodePack = 0x13;
-constexpr std::uint8_t recordingDatePack = 0x62;
-constexpr std::uint8_t recordingTimePack = 0x63;
+constexpr std::uint8_t kTimecodePack = 0x13;
+constexpr std::uint8_t kRecordingDatePack = 0x62;
+constexpr std::uint8_t kRecordingTimePack = 0x63;
 
-constexpr std::size_t packsPerSubcodeBlock = 6;
-constexpr unsigned firstSubcodePackByte = 6;
-constexpr std::size_t syncBlockSize = 8;
+constexpr std::size_t kPacksPerSubcodeBlock = 6;
+constexpr unsigned kFirstSubcodePackByte = 6;
+constexpr std::size_t kSyncBlockSize = 8;
 
 using Pack = std::array<std::uint8_t, 5>;
 
@@ -32,16 +32,16 @@ Pack packAt(const DVDifSequenceBlock& block, unsigned byteOffset) {
 class SubcodePacks {
 public:
     explicit SubcodePacks(const DVDifSequenceBlock& block) {
-        block.getBytesStartLength(m_bytes.data(), firstSubcodePackByte,
+        block.getBytesStartLength(m_bytes.data(), kFirstSubcodePackByte,
                                   static_cast<unsigned>(m_bytes.size()));
     }
 
     [[nodiscard]] const std::uint8_t* at(std::size_t index) const {
-        return m_bytes.data() + syncBlockSize * index;
+        return m_bytes.data() + kSyncBlockSize * index;
     }
 
 private:
-    std::array<std::uint8_t, syncBlockSize*(packsPerSubcodeBlock - 1) + sizeof(Pack)> m_bytes{};
+    std::array<std::uint8_t, kSyncBlockSize*(kPacksPerSubcodeBlock - 1) + sizeof(Pack)> m_bytes{};
 };
 
 /// Two decimal digits; the bits of the tens that `tensMask` leaves out are flags.
@@ -72,8 +72,8 @@ struct VauxPlaces {
     unsigned sourceControlByte;
     unsigned sourceByte;
 };
-constexpr VauxPlaces placesInOddSequence{3, 8, 3};
-constexpr VauxPlaces placesInEvenSequence{5, 53, 48};
+constexpr VauxPlaces kPlacesInOddSequence{3, 8, 3};
+constexpr VauxPlaces kPlacesInEvenSequence{5, 53, 48};
 
 } // namespace
 
@@ -181,13 +181,13 @@ void DVDifSequence::decodeSubCodeSection() {
 
 void DVDifSequence::decodeSubCodeSection(const DVDifSequenceBlock& block) {
     const SubcodePacks packs(block);
-    for (std::size_t index = 0; index < packsPerSubcodeBlock; ++index) {
+    for (std::size_t index = 0; index < kPacksPerSubcodeBlock; ++index) {
         const std::uint8_t* const pack = packs.at(index);
-        if (pack[0] == timecodePack)
+        if (pack[0] == kTimecodePack)
             readTimecodePack(pack);
-        else if (pack[0] == recordingDatePack)
+        else if (pack[0] == kRecordingDatePack)
             readRecordingDatePack(pack);
-        else if (pack[0] == recordingTimePack)
+        else if (pack[0] == kRecordingTimePack)
             readRecordingTimePack(pack);
     }
 }
@@ -199,8 +199,8 @@ void DVDifSequence::readLastTimecodePack() {
         return;
     for (std::size_t block = blocks.size(); block-- > 0;) {
         const SubcodePacks packs(blocks[block]);
-        for (std::size_t index = packsPerSubcodeBlock; index-- > 0;) {
-            if (packs.at(index)[0] == timecodePack)
+        for (std::size_t index = kPacksPerSubcodeBlock; index-- > 0;) {
+            if (packs.at(index)[0] == kTimecodePack)
                 return readTimecodePack(packs.at(index));
         }
     }
@@ -243,7 +243,7 @@ void DVDifSequence::readRecordingTimePack(const std::uint8_t* pack) {
 }
 
 void DVDifSequence::decodeVauxSection() {
-    const VauxPlaces& places = m_sequenceIndex % 2 == 1 ? placesInOddSequence : placesInEvenSequence;
+    const VauxPlaces& places = m_sequenceIndex % 2 == 1 ? kPlacesInOddSequence : kPlacesInEvenSequence;
 
     const DVDifSequenceBlock controlBlock = getBlockAt(places.block);
     if (controlBlock.sectionType() == kDIFSectionVaux)

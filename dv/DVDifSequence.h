@@ -46,7 +46,8 @@ public:
     void reDecodeSequence();
 
     /// Whether the blocks, up to 150 or as many as the frame holds, have the section types of a DIF sequence:
-    /// header, two of subcode, three of VAUX, then audio and video.
+    /// header, two of subcode, three of VAUX, then audio and video. They are taken, and may throw, as by
+    /// getBlockAt.
     [[nodiscard]] bool containsExpectedSections() const;
 
     /// The block at a position of the sequence whose number the header block gave (0 before decoding). Throws

@@ -12,10 +12,10 @@ namespace {
 using LocalSeconds = std::int64_t; ///< seconds from 1970-01-01 00:00:00 as a wall clock shows them
 using UtcSeconds = std::int64_t;
 
-constexpr std::int64_t secondsPerDay = 86'400;
+constexpr std::int64_t kSecondsPerDay = 86'400;
 
 /// Instants are microseconds in 64 bits; this is about the year 290000, before or after.
-constexpr std::int64_t farthestSecond = 9'200'000'000'000;
+constexpr std::int64_t kFarthestSecond = 9'200'000'000'000;
 
 constexpr std::int64_t floorDivide(std::int64_t value, std::int64_t divisor) {
     const std::int64_t quotient = value / divisor;
@@ -33,16 +33,16 @@ LocalSeconds localSeconds(const CalendarFields& fields) {
     const std::int64_t daysBeforeMonth = (153 * marchMonth + 2) / 5;
     const std::int64_t leapDays =
         floorDivide(marchYear, 4) - floorDivide(marchYear, 100) + floorDivide(marchYear, 400);
-    constexpr std::int64_t epochFromMarchOfYearZero = 719'468;
+    constexpr std::int64_t kEpochFromMarchOfYearZero = 719'468;
     const std::int64_t days =
-        365 * marchYear + leapDays + daysBeforeMonth + fields.day - 1 - epochFromMarchOfYearZero;
-    return days * secondsPerDay + std::int64_t{fields.hours} * 3600 + std::int64_t{fields.minutes} * 60 +
+        365 * marchYear + leapDays + daysBeforeMonth + fields.day - 1 - kEpochFromMarchOfYearZero;
+    return days * kSecondsPerDay + std::int64_t{fields.hours} * 3600 + std::int64_t{fields.minutes} * 60 +
            fields.seconds;
 }
 
 CalendarFields fieldsOf(LocalSeconds local) {
-    const std::int64_t days = floorDivide(local, secondsPerDay);
-    const auto secondOfDay = static_cast<int>(local - days * secondsPerDay);
+    const std::int64_t days = floorDivide(local, kSecondsPerDay);
+    const auto secondOfDay = static_cast<int>(local - days * kSecondsPerDay);
     CalendarFields fields;
     using std::chrono::sys_days;
     if (days > -11'000'000 && days < 11'000'000) { // what std::chrono::year can hold
@@ -52,7 +52,7 @@ CalendarFields fieldsOf(LocalSeconds local) {
         fields.day = static_cast<int>(static_cast<unsigned>(date.day()));
     } else {
         const std::int64_t eras = floorDivide(days, 146'097); // the calendar repeats after 400 years
-        fields = fieldsOf((days - eras * 146'097) * secondsPerDay);
+        fields = fieldsOf((days - eras * 146'097) * kSecondsPerDay);
         fields.year += static_cast<int>(eras * 400);
     }
     fields.hours = secondOfDay / 3600;
@@ -75,13 +75,13 @@ public:
     /// Whether the offset is known and the same all through the local day of `local`.
     bool covers(LocalSeconds local) {
         noticeChangedZone();
-        if (m_known && local >= m_dayStart && local < m_dayStart + secondsPerDay)
+        if (m_known && local >= m_dayStart && local < m_dayStart + kSecondsPerDay)
             return true;
-        m_dayStart = floorDivide(local, secondsPerDay) * secondsPerDay;
+        m_dayStart = floorDivide(local, kSecondsPerDay) * kSecondsPerDay;
         // No zone is a whole day from UTC, so these two instants lie before and after the local day.
-        m_offset = zoneOffsetAt(m_dayStart - secondsPerDay);
-        m_known = m_offset == zoneOffsetAt(m_dayStart + 2 * secondsPerDay) &&
-                  m_offset == zoneOffsetAt(m_dayStart + secondsPerDay / 2 - m_offset);
+        m_offset = zoneOffsetAt(m_dayStart - kSecondsPerDay);
+        m_known = m_offset == zoneOffsetAt(m_dayStart + 2 * kSecondsPerDay) &&
+                  m_offset == zoneOffsetAt(m_dayStart + kSecondsPerDay / 2 - m_offset);
         return m_known;
     }
 
@@ -128,8 +128,8 @@ UtcSeconds instantOf(LocalSeconds local) {
 
     // The clock is set forward or back around this day: read the time under the offset before and the one
     // after.
-    const std::int64_t offsetBefore = zoneOffsetAt(local - secondsPerDay);
-    const std::int64_t offsetAfter = zoneOffsetAt(local + secondsPerDay);
+    const std::int64_t offsetBefore = zoneOffsetAt(local - kSecondsPerDay);
+    const std::int64_t offsetAfter = zoneOffsetAt(local + kSecondsPerDay);
     const UtcSeconds underBefore = local - offsetBefore;
     const UtcSeconds underAfter = local - offsetAfter;
     const bool existsBefore = zoneOffsetAt(underBefore) == offsetBefore;
@@ -143,7 +143,7 @@ UtcSeconds instantOf(LocalSeconds local) {
 } // namespace
 
 DateRef dateFromCalendar(const CalendarFields& fields) {
-    const LocalSeconds local = std::clamp(localSeconds(fields), -farthestSecond, farthestSecond);
+    const LocalSeconds local = std::clamp(localSeconds(fields), -kFarthestSecond, kFarthestSecond);
     return std::make_shared<const Date>(Date::Instant(std::chrono::seconds(instantOf(local))));
 }
 

@@ -23,7 +23,9 @@ public:
     /// 30 frames in every second.
     [[nodiscard]] static int maxFrameForTimecode(const SMPTETime& timecode);
 
-    /// `timecode` moved by `count` frames, which may be negative; all but the four time fields is kept.
+    /// `timecode` moved by `count` frames, which may be negative; all but the four time fields is kept. A
+    /// step back over the start of a second ends one second earlier than a plain borrow, with frames from the
+    /// frame rate to twice it less one: at 25, ten frames back from 00:00:10:05 is 00:00:08:45.
     [[nodiscard]] static SMPTETime addNbFrameToTimecode(int count, const SMPTETime& timecode);
 
     /// 1 when `first` is the greater, -1 when it is the smaller, 0 when hours, minutes, seconds and frames
@@ -39,12 +41,14 @@ public:
     /// what follows the fourth is ignored. Throws std::out_of_range when there are fewer than four.
     [[nodiscard]] static TimecodeValue generateTimecodeValueWithTimecodeString(std::string_view text);
 
-    /// The fields of `first` and `second` added one by one, with at most one carry each. `timebase` is in
-    /// frames a second; 0 takes it from the type of `first`. The result has type 0.
+    /// The fields of `first` and `second` added one by one, with at most one carry each, and none from a
+    /// field that is exactly full; the frames are not reduced by what they carry. `timebase` is in frames a
+    /// second; 0 takes it from the type of `first`. The result has type 0.
     [[nodiscard]] static TimecodeValue
     addTimecodeToTimecodeWithTimebase(const TimecodeValue& first, const TimecodeValue& second, int timebase);
 
-    /// `second` minus `first`; hours are negative when `first` is the later one. `timebase` as above.
+    /// `second` minus `first` with at most one borrow each; hours are negative when `first` is the later one.
+    /// `timebase` and the result's type as above.
     [[nodiscard]] static TimecodeValue subTimecodeFromTimecodeWithTimebase(const TimecodeValue& first,
                                                                            const TimecodeValue& second,
                                                                            int timebase);

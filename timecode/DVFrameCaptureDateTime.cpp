@@ -5,7 +5,7 @@
 namespace merro {
 namespace {
 
-constexpr std::string_view descriptionTable = "SarnetDV";
+constexpr std::string_view kDescriptionTable = "SarnetDV";
 
 } // namespace
 
@@ -196,12 +196,12 @@ std::string DVFrameCaptureDateTime::description(const platform::Localization& lo
         return formatNumbers("%02d/%02d/%04d - %02d:%02d:%02d",
                              {first, second, m_year, m_hours, m_minutes, m_seconds});
     if (m_isDateSet)
-        return formatNumbers(localization.text("%02d/%02d/%04d - time unknown", descriptionTable),
+        return formatNumbers(localization.text("%02d/%02d/%04d - time unknown", kDescriptionTable),
                              {first, second, m_year});
     if (m_isTimeSet)
-        return formatNumbers(localization.text("date unknown - %02d:%02d:%02d", descriptionTable),
+        return formatNumbers(localization.text("date unknown - %02d:%02d:%02d", kDescriptionTable),
                              {m_hours, m_minutes, m_seconds});
-    return localization.text("Undefined date and time", descriptionTable);
+    return localization.text("Undefined date and time", kDescriptionTable);
 }
 
 } // namespace merro

@@ -30,6 +30,13 @@ TEST(DifBlock, ReadsItsThreeIdBytes) {
     EXPECT_EQ(block.offset(), 36560U); // (3 x 150 + 7) x 80
 }
 
+TEST(DifBlock, HasItsChannelInOneBitOfTheSecondByte) {
+    HandMadeFrame made(HandMadeFrame::size525);
+    made.put(0, 7, 0, {0x95, 0xF7, 0x00});
+    EXPECT_EQ(blockOf(made.frame(), 0, 7).sequenceChannel(), 0U);
+    EXPECT_EQ(blockOf(made.frame(), 0, 7).sequenceNumber(), 15U);
+}
+
 TEST(DifBlock, ReadsNothingFromANullFrame) {
     const DVDifSequenceBlock block = blockOf({}, 1, 2);
     EXPECT_EQ(block.sectionType(), 0);

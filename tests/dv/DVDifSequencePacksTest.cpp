@@ -176,6 +176,8 @@ TEST(VauxSourceControl, SaysFourToThreeOnlyForDisplayModeZero) {
             << index;
         EXPECT_EQ(decodedVaux(index, {0x61, 0x3F, 0xC9, 0xFC, 0xFF}, ordinarySource).aspectRatio(), 0)
             << index;
+        EXPECT_EQ(decodedVaux(index, {0x61, 0x3F, 0xCC, 0xFC, 0xFF}, ordinarySource).aspectRatio(), 0)
+            << index;
     }
     EXPECT_EQ(decodedVaux(0, {0x61, 0, 0x02, 0, 0}, ordinarySource).aspectRatio(), 0);
     EXPECT_EQ(decodedVaux(0, {0x61, 0, 0x00, 0, 0}, ordinarySource).aspectRatio(), 1);
@@ -193,8 +195,14 @@ TEST(VauxSourceControl, SaysInterlacedWhereBit4IsClear) {
 }
 
 TEST(VauxSource, SaysThePixelSampling) {
-    for (const auto& [byte, sampling] :
-         {std::pair<std::uint8_t, int>{0x00, 0}, {0xE0, 0}, {0x04, 4}, {0x24, 4}, {0x01, -1}, {0xFF, -1}}) {
+    for (const auto& [byte, sampling] : {std::pair<std::uint8_t, int>{0x00, 0},
+                                         {0xE0, 0},
+                                         {0x04, 4},
+                                         {0x24, 4},
+                                         {0x01, -1},
+                                         {0x10, -1},
+                                         {0x14, -1},
+                                         {0xFF, -1}}) {
         for (const unsigned index : {0U, 1U})
             EXPECT_EQ(decodedVaux(index, {0x61, 0, 0, 0, 0}, {0x60, 0xFF, 0xFF, byte, 0xFF}).pixelSampling(),
                       sampling);

@@ -37,7 +37,16 @@ TEST_F(DifSequence, StartsUndecoded) {
     EXPECT_FALSE(sequence->systemOk());
     EXPECT_EQ(sequence->captureDateTime(), nullptr);
     EXPECT_EQ(sequence->date(), nullptr);
+    EXPECT_FALSE(sequence->stillPicture());
+    EXPECT_FALSE(sequence->interlaced());
     EXPECT_EQ(sequence->sectionCode(), "UNSET");
+}
+
+TEST_F(DifSequence, MovesWithItsIndex) {
+    DVDifSequence sequence(HandMadeFrame(HandMadeFrame::size625).frame(), 3);
+    sequence.setSequenceIndex(4);
+    EXPECT_EQ(sequence.sequenceIndex(), 4U);
+    EXPECT_EQ(sequence.offset(), 48000U);
 }
 
 TEST_F(DifSequence, StaysUndecodedOnANullFrame) {
@@ -115,6 +124,19 @@ TEST_F(DifSequence, ForgetsTheRecordingDateWhenSetUndecoded) {
 
     EXPECT_EQ(sequence.captureDateTime(), nullptr);
     EXPECT_FALSE(sequence.decoded());
+    EXPECT_TRUE(sequence.systemOk());
+}
+
+TEST_F(DifSequence, LosesNothingToANullFrame) {
+    DVDifSequence sequence(HandMadeFrame(HandMadeFrame::size525).putFrameNumber(0, 5).frame(), 0);
+    sequence.decodeSequence();
+
+    sequence.setData({});
+    sequence.decodeSequence();
+
+    EXPECT_FALSE(sequence.decoded());
+    EXPECT_EQ(sequence.timeCode().mFrames, 5);
+    EXPECT_TRUE(sequence.timecodeOk());
 }
 
 TEST_F(DifSequence, HandsOutTheBlocksOfTheSequenceThatItsHeaderNames) {
@@ -128,7 +150,7 @@ TEST_F(DifSequence, HandsOutTheBlocksOfTheSequenceThatItsHeaderNames) {
     EXPECT_EQ(sequence.getBlockAt(4).offset(), 84320U); // (7 x 150 + 4) x 80
 }
 
-// A host would miss the timecode of a frame whose header blocks are damaged if the index were used instead.
+// A host sees the other sequence's timecode and date where a header block is damaged.
 TEST_F(DifSequence, ReadsTheSubcodeOfTheSequenceThatItsHeaderNames) {
     HandMadeFrame made(HandMadeFrame::size525);
     made.putFrameNumber(2, 2).putFrameNumber(7, 7).renumber(2, 7);
@@ -212,6 +234,18 @@ TEST_F(DifSequence, IsRecognisedByItsSections) {
         damaged.put(0, block, 0, {0xBF});
         EXPECT_FALSE(DVDifSequence(damaged.frame(), 0).containsExpectedSections()) << block;
     }
+}
+
+TEST_F(DifSequence, IsRecognisedByTheSectionsOfTheSequenceThatItsHeaderNames) {
+    HandMadeFrame made(HandMadeFrame::size525);
+    for (unsigned block = 6; block < 150; ++block)
+        made.put(0, block, 0, {0x9F}); // only sequence 0 is whole
+    DVDifSequence sequence(made.frame(), 1);
+    EXPECT_TRUE(sequence.containsExpectedSections());
+
+    sequence.decodeSequence();
+
+    EXPECT_FALSE(sequence.containsExpectedSections());
 }
 
 TEST_F(DifSequence, IsRecognisedAsFarAsAShortBufferGoes) {

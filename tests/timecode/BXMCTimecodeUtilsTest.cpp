@@ -63,6 +63,10 @@ TEST(AddNbFrame, CarriesManySeconds) {
     EXPECT_EQ(stepped(3700 * 25 + 6, timecode(0, 0, 0, 0)), timecode(1, 1, 40, 6));
 }
 
+TEST(AddNbFrame, ReducesFramesThatAreTooManyAlready) {
+    EXPECT_EQ(stepped(0, timecode(0, 0, 0, 60)), timecode(0, 0, 2, 10));
+}
+
 TEST(AddNbFrame, NeverWrapsHours) {
     EXPECT_EQ(stepped(1, timecode(23, 59, 59, 24)), timecode(24, 0, 0, 0));
 }
@@ -170,6 +174,8 @@ TEST(AddTimecode, CarriesOnceEach) {
     EXPECT_EQ(sum(boxed(0, 0, 31, 0), boxed(0, 0, 30, 0), 25), boxed(0, 1, 1, 0));
     EXPECT_EQ(sum(boxed(0, 31, 0, 0), boxed(0, 30, 0, 0), 25), boxed(1, 1, 0, 0));
     EXPECT_EQ(sum(boxed(0, 0, 100, 0), boxed(0, 0, 100, 0), 25), boxed(0, 1, 140, 0));
+    EXPECT_EQ(sum(boxed(0, 100, 0, 0), boxed(0, 100, 0, 0), 25), boxed(1, 140, 0, 0));
+    EXPECT_EQ(sum(boxed(0, 0, 0, 40), boxed(0, 0, 0, 40), 25), boxed(0, 0, 1, 80));
     // 60 seconds and 26 frames: 61 seconds carry a minute, 61 minutes an hour
     EXPECT_EQ(sum(boxed(0, 60, 60, 13), boxed(0, 0, 0, 13), 25), boxed(1, 1, 1, 26));
     EXPECT_EQ(sum(boxed(20, 0, 0, 0), boxed(20, 0, 0, 0), 25), boxed(40, 0, 0, 0));
@@ -197,6 +203,9 @@ TEST(SubTimecode, IsTheSecondMinusTheFirst) {
 
 TEST(SubTimecode, BorrowsFromEachField) {
     EXPECT_EQ(difference(boxed(0, 0, 0, 1), boxed(1, 0, 0, 0), 25), boxed(0, 59, 59, 24));
+    EXPECT_EQ(difference(boxed(0, 0, 0, 1), boxed(0, 0, 2, 0), 25), boxed(0, 0, 1, 24));
+    EXPECT_EQ(difference(boxed(0, 0, 1, 0), boxed(0, 2, 0, 0), 25), boxed(0, 1, 59, 0));
+    EXPECT_EQ(difference(boxed(0, 1, 0, 0), boxed(2, 0, 0, 0), 25), boxed(1, 59, 0, 0));
 }
 
 TEST(SubTimecode, HasNegativeHoursWhenTheFirstIsLater) {
@@ -205,6 +214,8 @@ TEST(SubTimecode, HasNegativeHoursWhenTheFirstIsLater) {
 
 TEST(SubTimecode, BorrowsOnceEach) {
     EXPECT_EQ(difference(boxed(0, 0, 0, 60), boxed(0, 0, 5, 0), 25), boxed(0, 0, 4, -35));
+    EXPECT_EQ(difference(boxed(0, 0, 100, 0), boxed(0, 5, 0, 0), 25), boxed(0, 4, -40, 0));
+    EXPECT_EQ(difference(boxed(0, 100, 0, 0), boxed(5, 0, 0, 0), 25), boxed(4, -40, 0, 0));
 }
 
 TEST(SubTimecode, WithTimebaseZeroTakesTheTypeOfTheOneSubtracted) {

@@ -125,6 +125,15 @@ TEST(RecordingDate, TakesOverADateWithItsDayAsTheMonth) {
     EXPECT_TRUE(value.isDateSet());
 }
 
+TEST(RecordingDate, LosesItsDateToOneThatHasNone) {
+    Value value = *endOf1999();
+    const Value other = Value::initWithHoursMinutesSeconds(7, 8, 9);
+    value.setDateFrom(&other);
+    expectNumbers(value, 0, 0, 0, 23, 5, 9);
+    EXPECT_FALSE(value.isDateSet());
+    EXPECT_TRUE(value.isTimeSet());
+}
+
 TEST(RecordingDate, LosesItsDateButNotTheNumbersToANullOne) {
     Value value = *endOf1999();
     value.setDateFrom(nullptr);
