@@ -178,10 +178,11 @@ void MovieFileOutput::askForAnotherFileWhenBroken() {
 void MovieFileOutput::tellOfFinishedRecordings() {
     if (m_ended.empty())
         return;
-    const auto finished = std::ranges::stable_partition(
-        m_ended, [](const Recording& recording) { return !recording.recorder->isFinished(); });
-    std::vector<Recording> toTell(finished.begin(), finished.end());
-    m_ended.erase(finished.begin(), finished.end());
+    const auto finished =
+        std::stable_partition(m_ended.begin(), m_ended.end(),
+                              [](const Recording& recording) { return !recording.recorder->isFinished(); });
+    std::vector<Recording> toTell(finished, m_ended.end());
+    m_ended.erase(finished, m_ended.end());
     for (const Recording& recording : toTell) {
         const RecordingResult result = recording.recorder->result();
         callDelegate([&](const QTCaptureFileOutputDelegate& delegate) {
