@@ -1,13 +1,13 @@
 # What can be built on this machine, and which Debian package would switch on the rest.
 
-set(MERRO_SUMMARY "" CACHE INTERNAL "")
+set_property(GLOBAL PROPERTY MERRO_SUMMARY "")
 function(merro_note what found package)
   if(found)
     set(line "  ${what}: on")
   else()
     set(line "  ${what}: off (install ${package})")
   endif()
-  set(MERRO_SUMMARY "${MERRO_SUMMARY}${line}\n" CACHE INTERNAL "")
+  set_property(GLOBAL APPEND_STRING PROPERTY MERRO_SUMMARY "${line}\n")
 endfunction()
 
 if(BUILD_TESTING)
@@ -60,5 +60,6 @@ endif()
 merro_note("Benchmarks" "${MERRO_HAVE_BENCH}" "libbenchmark-dev")
 
 function(merro_print_summary)
-  message(STATUS "${PROJECT_NAME} ${PROJECT_VERSION}\n${MERRO_SUMMARY}")
+  get_property(summary GLOBAL PROPERTY MERRO_SUMMARY)
+  message(STATUS "${PROJECT_NAME} ${PROJECT_VERSION}\n${summary}")
 endfunction()
