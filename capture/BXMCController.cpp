@@ -230,8 +230,8 @@ void BXMCController::stopDevice() {
 std::vector<platform::Dictionary> BXMCController::allConfiguration() const {
     return m_pieces->configuration.allConfiguration();
 }
-void BXMCController::setAllConfiguration(std::vector<platform::Dictionary> presets) {
-    m_pieces->configuration.setAllConfiguration(std::move(presets));
+void BXMCController::setAllConfiguration(const std::vector<platform::Dictionary>& presets) {
+    m_pieces->configuration.setAllConfiguration(presets);
 }
 void BXMCController::selectConfigurationAtIndex(int index) {
     m_pieces->configuration.selectConfigurationAtIndex(index);

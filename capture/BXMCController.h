@@ -145,7 +145,7 @@ public:
     // --- Settings, presets, compression ---
 
     [[nodiscard]] std::vector<platform::Dictionary> allConfiguration() const;
-    void setAllConfiguration(std::vector<platform::Dictionary> presets);
+    void setAllConfiguration(const std::vector<platform::Dictionary>& presets);
     void selectConfigurationAtIndex(int index);
     void changeConfiguration();
     void saveCurrentConfiguration();

@@ -18,7 +18,7 @@
 namespace merro {
 
 struct BXMCController::Pieces {
-    Pieces(BXMCController& controller, const platform::Surroundings& given);
+    Pieces(BXMCController& face, const platform::Surroundings& given);
 
     void connectOutputs();
     void addOutputs();
