@@ -44,8 +44,11 @@ public:
     explicit MovieRecorderFactory(MovieRecorderSettings settings = {});
     ~MovieRecorderFactory() override;
 
-    /// Only null options can be had: others end at once with an error. A folder that cannot be written to, or
-    /// a file that stands at `path` already, is an error that `finished` tells before this returns.
+    /// Only null options can be had: others end at once with an error, as a folder that cannot be written to
+    /// does, or a file that stands at `path` already. With WhenFull::Wait the file is open, or the end told,
+    /// when this returns. A movie that ends early for a problem tells `problem` at once and `finished` after
+    /// finish(), so that the frames in between are counted. A frame at which a broken disk (not a full one)
+    /// failed may lie in it in part.
     [[nodiscard]] std::shared_ptr<session::MovieRecorder>
     startRecording(const std::string& path, const CompressionOptionsRef& options, session::WhenFull whenFull,
                    session::RecorderEvents events) override;
