@@ -143,6 +143,15 @@ TEST_F(RecordingSwitch, anAnswerWithoutPathsMakesAClipWithoutFilesThatIsReported
     EXPECT_EQ(report(0), "01:00:00:00 - 01:00:00:00 10:00:00");
 }
 
+TEST_F(RecordingSwitch, emptyPathsAreNoPaths) {
+    connectDeck();
+    answer = platform::Dictionary{{std::string(kBXMCMoviePath), ""}, {std::string(kBXMCThumbnailsPath), ""}};
+    controller->setRecording(true);
+    EXPECT_EQ(controller->moviePath(), std::nullopt);
+    EXPECT_EQ(controller->thumbnailsPath(), std::nullopt);
+    EXPECT_TRUE(surroundings.files.paths().empty());
+}
+
 TEST_F(RecordingSwitch, aHostThatAnswersNothingIsRecordedForAllTheSame) {
     connectDeck();
     controller->setDelegate(std::make_shared<BXMCControllerDelegate>());

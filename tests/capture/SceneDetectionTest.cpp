@@ -184,6 +184,16 @@ TEST_F(SceneDetection, aTapeWithoutTimecodesIsCutAllTheSame) {
     EXPECT_EQ(movies(), (Entries{"/1.mov", "/2.mov", "nothing"}));
 }
 
+TEST_F(SceneDetection, aTakeWithoutTimecodesAfterOneWithThemGetsItsMovie) {
+    connectDeck();
+    controller->setRecording(true);
+    deliverRun(3, "01:00:00:00", "10:00:00");
+    deliver("", "11:00:00");
+    EXPECT_EQ(movies(), (Entries{"/1.mov", "/2.mov"}));
+    deliver("01:00:00:10", "11:00:00"); // past the last timecode of the first clip
+    EXPECT_EQ(movies(), (Entries{"/1.mov", "/2.mov"}));
+}
+
 TEST_F(SceneDetection, aDamagedFrameEndsNothing) {
     connectDeck();
     controller->setRecording(true);
