@@ -196,10 +196,8 @@ std::shared_ptr<platform::QTCaptureDeviceInput> BXMCController::videoDeviceInput
 bool BXMCController::isDevicePlaying() {
     if (m_pieces->transport.isDevicePlaying())
         return true;
-    const DeviceRef device = controllableDevice();
-    const bool reportsTransport =
-        device && device->attributeForKey(platform::QTCaptureDeviceAVCTransportControlsAttribute);
-    if (reportsTransport && isRecording())
+    // A controllable device reports its transport; without one nothing is known of the tape.
+    if (isRecording() && controllableDevice())
         setRecording(false);
     return false;
 }

@@ -130,7 +130,7 @@ void CaptureConfiguration::copyCompression(const Dictionary& preset) {
         m_compression.selectItemAtIndex(index->integerValue());
     // Stored as a boolean: a host that loads a preset with size 640 x 480 or larger gets movies of 320 x 240.
     if (const Value* size = find(preset, BXMCConfCompressionSize))
-        defaults.setObjectForKey(size->boolValue(), BXMCCaptureCompressionSize);
+        defaults.setObjectForKey(size->integerValue() != 0, BXMCCaptureCompressionSize);
     if (const Value* data = find(preset, BXMCConfCompressionData))
         defaults.setObjectForKey(*data, BXMCCaptureCompressionData);
 

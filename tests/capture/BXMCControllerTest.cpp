@@ -94,6 +94,61 @@ TEST_F(Controller, choosingNoDeviceWhileRecordingSwitchesTheRecordButtonOnAtMost
     EXPECT_TRUE(controller->isRecording());
 }
 
+TEST_F(Controller, choosingADeckThatDoesNotPlayEndsARecording) {
+    controller->setRecording(true);
+    connectDeck(kPaused);
+    EXPECT_FALSE(controller->isRecording());
+    EXPECT_FALSE(surroundings.interfaces.buttons.at("recordButton")->state());
+}
+
+TEST_F(Controller, choosingAPlayingDeckWhileRecordingSwitchesTheRecordButtonOnToo) {
+    controller->setRecording(true);
+    connectDeck(kPlaying);
+    EXPECT_TRUE(controller->isRecording());
+    EXPECT_TRUE(surroundings.interfaces.buttons.at("recordButton")->state());
+}
+
+TEST_F(Controller, choosingADeviceAppliesTheCompressionToIt) {
+    const auto& output = *surroundings.capture.movieFileOutputs[1];
+    const auto applied = output.compressionOptions().size();
+    connectDeck();
+    EXPECT_EQ(output.compressionOptions().size(), applied + 1);
+}
+
+TEST_F(Controller, drivesTheTape) {
+    connectDeck(kPaused);
+    controller->setDeviceRewinding(true);
+    EXPECT_TRUE(controller->isDeviceRewinding());
+    controller->setDeviceFastForwarding(true);
+    EXPECT_TRUE(controller->isDeviceFastForwarding());
+    controller->setDevicePlaying(true);
+    EXPECT_TRUE(controller->isDevicePlaying());
+    controller->setDevicePlaying(false);
+    EXPECT_TRUE(controller->isDevicePause());
+    controller->stopDevice();
+    controller->setDeviceRewinding(true);
+    EXPECT_EQ(deck->commands(),
+              (std::vector<Transport>{{-13000, 1}, {13000, 1}, {10000, 1}, {0, 1}, {0, 0}, {-13000, 0}}));
+    EXPECT_FALSE(controller->session()->isRunning());
+}
+
+TEST_F(Controller, announcesWhatFollowsFromTheDeviceAndItsTransport) {
+    Entries announced;
+    const auto observation =
+        controller->announcements().addObserver("", [&](const std::string& key, platform::Change change) {
+            if (change == platform::Change::Did)
+                announced.push_back(key);
+        });
+    connectDeck();
+    EXPECT_EQ(announced, (Entries{"selectedVideoDevice", "hasRecordingDevice", "controllableDevice",
+                                  "videoDeviceInput"}));
+    announced.clear();
+    deck->postAttributeNotification(surroundings.notifications,
+                                    platform::QTCaptureDeviceAttributeDidChangeNotification,
+                                    platform::QTCaptureDeviceAVCTransportControlsAttribute);
+    EXPECT_EQ(announced, (Entries{"devicePlaying", "deviceFastForwarding", "deviceRewinding"}));
+}
+
 // --- Reading "is the device playing?" ---
 
 TEST_F(Controller, readingIsDevicePlayingEndsARecordingOnceTheTapeIsNotInNormalPlay) {
@@ -109,6 +164,18 @@ TEST_F(Controller, readingIsDevicePlayingEndsARecordingOnceTheTapeIsNotInNormalP
 
 TEST_F(Controller, readingIsDevicePlayingWithoutADeckToDriveAnswersFalseAndEndsNothing) {
     controller->setRecording(true);
+    EXPECT_FALSE(controller->isDevicePlaying());
+    EXPECT_TRUE(controller->isRecording());
+}
+
+TEST_F(Controller, readingIsDevicePlayingEndsNothingWhereTheDeckCannotBeDriven) {
+    connectDeck();
+    controller->setRecording(true);
+    deck->report(kPaused);
+    deck->transportIsReadOnly = true;
+    EXPECT_FALSE(controller->isDevicePlaying());
+    deck->transportIsReadOnly = false;
+    deck->hasTransport = false;
     EXPECT_FALSE(controller->isDevicePlaying());
     EXPECT_TRUE(controller->isRecording());
 }
@@ -185,6 +252,53 @@ TEST_F(Controller, savesAndDeletesPresetsThroughTheHost) {
     controller->selectConfigurationAtIndex(1);
     controller->deleteCurrentConfiguration();
     EXPECT_EQ(deleted, "mine");
+}
+
+// A host that answers only the deletion never hears of it.
+TEST_F(Controller, asksOnlyAHostThatAnswersSavingToDelete) {
+    int deletions = 0;
+    const auto countDeletion = [&](BXMCController&, const std::string&) { ++deletions; };
+    controller->setAllConfiguration({{{std::string(BXMCConfName), "mine"}}});
+    controller->selectConfigurationAtIndex(1);
+
+    host->mccontrollerDeleteConfigurationName = countDeletion;
+    controller->deleteCurrentConfiguration();
+    controller->saveCurrentConfiguration();
+    EXPECT_EQ(deletions, 0);
+
+    host->mccontrollerSaveConfiguration = [](BXMCController&, const platform::Dictionary&) {};
+    controller->deleteCurrentConfiguration();
+    EXPECT_EQ(deletions, 1);
+
+    host->mccontrollerDeleteConfigurationName = {};
+    controller->deleteCurrentConfiguration();
+    host.reset();
+    controller->deleteCurrentConfiguration();
+    controller->saveCurrentConfiguration();
+    EXPECT_EQ(deletions, 1);
+}
+
+TEST_F(Controller, loadsAPresetAndShowsWhenItIsNoLongerWhatIsSet) {
+    const platform::Dictionary preset{{std::string(BXMCConfName), "mine"},
+                                      {std::string(BXMCConfSampleInterval), 5},
+                                      {std::string(BXMCConfCaptureMovie), false}};
+    controller->setAllConfiguration({preset});
+    EXPECT_EQ(controller->allConfiguration(), (std::vector<platform::Dictionary>{preset}));
+
+    controller->selectConfigurationAtIndex(1);
+    EXPECT_EQ(controller->frameSampleInterval(), 5);
+    EXPECT_FALSE(controller->captureMovie());
+    EXPECT_FALSE(controller->loadingConfig());
+    const auto& popUp = surroundings.interfaces.popUps.at("configurationPopUp");
+    EXPECT_EQ(popUp->indexOfSelectedItem(), 1);
+
+    set(BXMCDetectScene, false);
+    EXPECT_EQ(popUp->indexOfSelectedItem(), 0);
+
+    set(BXMCSampleInterval, 0);
+    popUp->selectItemAtIndex(1);
+    controller->changeConfiguration();
+    EXPECT_EQ(controller->frameSampleInterval(), 5);
 }
 
 // --- Teardown ---
