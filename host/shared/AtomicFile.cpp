@@ -35,13 +35,13 @@ std::string temporaryName(const std::string& path) {
 
 } // namespace
 
-void writeFileAtomically(const std::string& path, std::string_view text) {
+void writeFileAtomically(const std::string& path, std::string_view text, Durable durable) {
     const std::string temporary = temporaryName(path);
     const int file = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     int reason = file < 0 ? errno : 0;
     if (file >= 0) {
         reason = writeWhole(file, text);
-        if (reason == 0 && ::fdatasync(file) != 0)
+        if (reason == 0 && durable == Durable::Yes && ::fdatasync(file) != 0)
             reason = errno;
         if (::close(file) != 0 && reason == 0)
             reason = errno;

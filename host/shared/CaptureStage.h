@@ -49,6 +49,9 @@ public:
     [[nodiscard]] platform::MainRunLoop& runLoop() { return m_world->runLoop(); }
     [[nodiscard]] platform::native::BackgroundFiles& files() { return m_files; }
 
+    /// Frames lost so far, on their way from the device and in front of a slow or full disk. Any thread.
+    [[nodiscard]] std::int64_t framesLost() const { return m_framework->framesLost(); }
+
     /// Ends delivery and waits until movies and files are whole. Afterwards there is no controller, and none
     /// of the events is told any more.
     void close();

@@ -49,7 +49,11 @@ void CatalogueKeeper::changeTape(std::function<void(TapeEntry& tape)> change) {
 }
 
 void CatalogueKeeper::finish() {
+    if (std::exchange(m_isFinished, true))
+        return;
     m_worker.finish();
+    if (m_failure) // what failed may work by now
+        save();
 }
 
 ClipEntry* CatalogueKeeper::find(int number) {
@@ -63,7 +67,8 @@ void CatalogueKeeper::save() {
         saveToCatalogue();
         std::vector<ClipEntry> clips = m_earlierClips;
         clips.insert(clips.end(), m_clips.begin(), m_clips.end());
-        writeFileAtomically(m_places.clipsJson, clipsJson(m_tape, clips));
+        // It can be had again from the catalogue, so the disk is not waited for.
+        writeFileAtomically(m_places.clipsJson, clipsJson(m_tape, clips), Durable::No);
         m_failure.reset();
     } catch (const std::exception& problem) {
         m_failure = problem.what();

@@ -65,6 +65,7 @@ private:
     std::set<int> m_changed; ///< numbers whose newest state it has not
     bool m_tapeChanged = true;
     bool m_saidProblem = false;
+    bool m_isFinished = false; ///< the owner's thread only
     std::optional<std::string> m_failure;
     std::unique_ptr<Catalogue> m_catalogue;
 

@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <charconv>
 #include <filesystem>
 #include <fstream>
@@ -162,7 +163,8 @@ void ClipLedger::movieFinished(const platform::session::RecordingResult& result)
     m_keeper.changeClip(number, [name, problem, isThere, lost = result.framesLost](ClipEntry& clip) {
         if (isThere)
             clip.moviePath = name;
-        clip.framesLost += lost;
+        // Frames that had been handed over may be given up only after the clip has been reported.
+        clip.framesLost = std::max(clip.framesLost, lost);
         if (!problem.empty())
             addProblem(clip, problem);
     });

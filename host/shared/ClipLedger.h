@@ -33,7 +33,7 @@ public:
         int firstNumber = 1;
         bool movies = true;
         bool posters = true;
-        /// Frames that the device has lost so far.
+        /// Frames lost so far, on their way from the device and in front of a slow or full disk.
         std::function<std::int64_t()> framesLost;
     };
 

@@ -136,7 +136,7 @@ void LoggingRun::Running::makeLedger() {
     settings.firstNumber = lastNumber + 1;
     settings.movies = m_stage->defaults().boolForKey(BXMCCaptureMovie);
     settings.posters = m_request.posters;
-    settings.framesLost = [this] { return m_deck->framesLost(); };
+    settings.framesLost = [this] { return m_stage->framesLost(); };
     m_ledger = std::make_unique<ClipLedger>(*m_folder, *m_keeper, m_stage->files(), m_messages, settings);
 }
 

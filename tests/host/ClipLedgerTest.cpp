@@ -20,7 +20,7 @@ struct ClipLedgerTest : testing::Test {
     TemporaryFolder home;
     std::mutex mutex;
     std::vector<std::string> lines;
-    std::int64_t deviceFramesLost = 0;
+    std::atomic<std::int64_t> framesLost = 0;
     RunMessages messages{listener()};
     LoggingFolder folder{home / "clips"};
     CatalogueKeeper keeper{{folder.cataloguePath(), folder.clipsJsonPath()}, {}, {}};
@@ -38,7 +38,7 @@ struct ClipLedgerTest : testing::Test {
     ClipLedger::Settings settings() {
         ClipLedger::Settings settings;
         settings.firstNumber = 5;
-        settings.framesLost = [this] { return deviceFramesLost; };
+        settings.framesLost = [this] { return framesLost.load(); };
         return settings;
     }
     static Dictionary report(const Dictionary& answer) {
@@ -99,15 +99,23 @@ TEST_F(ClipLedgerTest, NothingThatHasTheNameOfTheThumbnailsAlreadyIsOverwritten)
     EXPECT_TRUE(messages.hasFailed());
 }
 
-TEST_F(ClipLedgerTest, FramesLostAreThoseOfTheDeviceDuringTheClipAndThoseOfItsMovie) {
-    deviceFramesLost = 100; // before the clip
+TEST_F(ClipLedgerTest, FramesLostAreThoseThatWereLostWhileTheClipWasOpen) {
+    framesLost = 100; // before the clip
     const Dictionary answer = ledger.willRecord();
-    deviceFramesLost = 103;
+    framesLost = 107;
     ledger.didRecord(report(answer));
-    ledger.movieFinished(movie(4, true));
+    framesLost = 200;                     // after it
+    ledger.movieFinished(movie(4, true)); // 4 of the 7 were lost in front of the disk
     const ClipEntry clip = kept();
     EXPECT_EQ(clip.framesLost, 7);
     EXPECT_EQ(clip.moviePath, "0005.mov");
+}
+
+TEST_F(ClipLedgerTest, FramesGivenUpAfterTheReportAreCountedToo) {
+    const Dictionary answer = ledger.willRecord();
+    ledger.didRecord(report(answer));
+    ledger.movieFinished(movie(9, false)); // the disk was full when the last of them came to it
+    EXPECT_EQ(kept().framesLost, 9);
 }
 
 TEST_F(ClipLedgerTest, AMovieThatFailsBeforeItsClipHasEndedIsNotForgotten) {
