@@ -1,5 +1,7 @@
 #include "platform/ffmpeg/DVFrameFacts.h"
 
+#include "dv/FrameDate.h"
+
 namespace merro::platform::ffmpeg {
 
 namespace {
@@ -13,8 +15,6 @@ using Pack = std::span<const std::uint8_t, kPackBytes>;
 enum PackId : std::uint8_t {
     kTimecode = 0x13,
     kSourceControl = 0x61,
-    kRecordingDate = 0x62,
-    kRecordingTime = 0x63
 };
 
 /// Calls `visit` with every subcode pack: six to each of blocks 1 and 2, eight bytes apart.
@@ -36,49 +36,15 @@ void forEachSourceControlPack(std::span<const std::uint8_t> frame, Visit visit) 
     }
 }
 
-int digits(std::uint8_t byte, std::uint8_t tensMask) {
-    return (byte & 0x0F) + 10 * ((byte >> 4) & tensMask);
-}
-
-struct SubcodeReading {
-    std::optional<CalendarFields> date;
-    std::optional<CalendarFields> time;
-    int dropFrameVotes = 0;
-};
-
-void readSubcodePack(Pack pack, SubcodeReading& reading) {
-    switch (pack[0]) {
-    case kTimecode:
-        if (pack[1] != 0xFF || pack[2] != 0xFF)
-            reading.dropFrameVotes += (pack[1] & 0x40) != 0 ? 1 : -1;
-        break;
-    case kRecordingDate:
-        if (!reading.date) {
-            const int year = digits(pack[4], 0x0F);
-            // No DV camera is older than 1995; a movie of 2030 shall not be dated 1930.
-            reading.date =
-                CalendarFields{year + (year < 75 ? 2000 : 1900), digits(pack[3], 1), digits(pack[2], 3)};
-        }
-        break;
-    case kRecordingTime:
-        if (!reading.time)
-            reading.time =
-                CalendarFields{0, 0, 0, digits(pack[4], 3), digits(pack[3], 7), digits(pack[2], 7)};
-        break;
-    default:
-        break;
-    }
-}
-
-std::optional<CalendarFields> recordingDate(const SubcodeReading& reading) {
-    if (!reading.date || !reading.time)
+/// A recording date that no calendar has is none.
+std::optional<CalendarFields> recordingDate(std::span<const std::uint8_t> frame) {
+    const std::shared_ptr<const void> unowned(std::shared_ptr<const void>(), frame.data());
+    const auto found = findFrameDate({unowned, frame}).captureDateTime;
+    if (!found || !found->isFullySet())
         return std::nullopt;
-    CalendarFields fields = *reading.date;
-    fields.hours = reading.time->hours;
-    fields.minutes = reading.time->minutes;
-    fields.seconds = reading.time->seconds;
-    const bool isReal = fields == normalisedCalendar(fields);
-    return isReal ? std::optional(fields) : std::nullopt;
+    const CalendarFields fields{found->year(),      found->monthOfYear(),  found->dayOfMonth(),
+                                found->hourOfDay(), found->minuteOfHour(), found->secondOfMinute()};
+    return fields == normalisedCalendar(fields) ? std::optional(fields) : std::nullopt;
 }
 
 } // namespace
@@ -101,10 +67,13 @@ DVFrameFacts factsOfFrame(std::span<const std::uint8_t> frame) {
     });
     facts.isWide = wideVotes > 0;
 
-    SubcodeReading reading;
-    forEachSubcodePack(frame, [&](Pack pack) { readSubcodePack(pack, reading); });
-    facts.isDropFrame = facts.is525_60 && reading.dropFrameVotes > 0;
-    facts.recordingDate = recordingDate(reading);
+    int dropFrameVotes = 0;
+    forEachSubcodePack(frame, [&](Pack pack) {
+        if (pack[0] == kTimecode && (pack[1] != 0xFF || pack[2] != 0xFF))
+            dropFrameVotes += (pack[1] & 0x40) != 0 ? 1 : -1;
+    });
+    facts.isDropFrame = facts.is525_60 && dropFrameVotes > 0;
+    facts.recordingDate = recordingDate(frame);
     return facts;
 }
 
