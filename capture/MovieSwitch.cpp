@@ -41,7 +41,6 @@ void MovieSwitch::movieDetection(const platform::QTSampleBuffer& sampleBuffer) {
 }
 
 void MovieSwitch::recordToNoFile() {
-    m_isMovieRunning = false;
     m_output->recordToOutputFileURL(std::nullopt);
 }
 

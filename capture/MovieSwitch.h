@@ -29,9 +29,10 @@ public:
 
     void recordToNoFile();
 
-    /// Ends the movie before the frame at hand when one is still being recorded: while recording is being
-    /// switched off, frames pass that are in no clip. Delivery thread, from within the output's delegate
-    /// message; no turn needed.
+    /// Ends the movie before the frame at hand when one may still be recorded: while recording is being
+    /// switched off, frames pass that are in no clip. Also after recordToNoFile, which the output, when it is
+    /// called on another thread, carries out after the frame. Delivery thread, from within the output's
+    /// delegate message; no turn needed.
     void leaveFrameOut();
 
     platform::Cell<TimecodeValue> timecodeStartValue;
@@ -43,7 +44,7 @@ private:
     std::shared_ptr<platform::QTCaptureMovieFileOutput> m_output;
     const ClipRecord& m_clip;
     platform::Log& m_log;
-    std::atomic<bool> m_isMovieRunning = false;
+    std::atomic<bool> m_isMovieRunning = false; ///< or was, and no frame has been left out since
 };
 
 } // namespace merro
