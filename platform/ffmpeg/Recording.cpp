@@ -21,7 +21,7 @@ void Recording::append(const QTSampleBuffer& sampleBuffer) {
     bool isTooSlow = false;
     {
         std::unique_lock lock(m_mutex);
-        if (m_isComplete || m_stage >= Stage::Finished)
+        if (m_isComplete)
             return;
         if (m_whenFull == session::WhenFull::Wait)
             m_hasRoom.wait(lock, [&] { return m_isStopped || m_queue.size() < m_queueLength; });

@@ -82,9 +82,7 @@ void MovieFileOutput::receive(const QTSampleBuffer& sampleBuffer) {
             delegate.didOutputSampleBuffer(*this, sampleBuffer, *m_video);
     });
     carryOutRequestsOfDelegate();
-    if (m_recording && m_recording->recorder->isFinished())
-        m_context->addFramesLost(1); // it has told its last event
-    else if (m_recording)
+    if (m_recording)
         m_recording->recorder->append(sampleBuffer);
     givePenBack();
 }

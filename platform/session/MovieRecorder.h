@@ -51,7 +51,8 @@ struct RecorderEvents {
     std::function<void(const Error& problem)> problem;
     /// Frames given up just now, for the count of the clip.
     std::function<void(std::int64_t frames)> framesLost;
-    /// The file is whole and under its final name, or will never be. The last event.
+    /// The file is whole and under its final name, or will never be. The last event, but for the loss of
+    /// frames that still come to a recorder which has ended by itself.
     std::function<void(const RecordingResult& result)> finished;
 };
 
