@@ -25,7 +25,6 @@ BXMCController::~BXMCController() {
     Pieces& pieces = *m_pieces;
     pieces.fileOutput->setDelegate({});
     pieces.movieFileOutput->setDelegate({});
-    pieces.endOfTapeTimer.cancel();
     if (pieces.session->isRunning())
         pieces.session->stopRunning();
     if (const auto input = pieces.selection.videoDeviceInput()) {

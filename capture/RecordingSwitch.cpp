@@ -56,7 +56,6 @@ void RecordingSwitch::start() {
     if (m_state.isBegun)
         return; // switched on during a preroll, which is a recording already
     m_state.isBegun = true;
-    clearMarks(); // a frame that was at work meanwhile may have set them again
     m_parts.reports.beginRecord();
     if (m_state.isBeingSwitched())
         return;
@@ -66,8 +65,6 @@ void RecordingSwitch::start() {
         preroll(current.SMPTETimeValue());
     } else {
         setDevicePlaying(true);
-        if (m_state.isBeingSwitched())
-            return;
         m_parts.clip.open();
     }
     setProcessNote("Recording started");
@@ -75,7 +72,6 @@ void RecordingSwitch::start() {
 
 void RecordingSwitch::preroll(const SMPTETime& startTimecode) {
     m_state.setIsRecording(false);
-    m_state.framesToSkip = 0;
     m_state.setIsPrerolling(true);
     m_state.startTimecode.set({});
     m_parts.transport.playAtSpeed(kTransportSpeedReversePlay);
@@ -93,7 +89,7 @@ void RecordingSwitch::stop() {
     if (!m_state.isBegun)
         return;
     m_state.isBegun = false;
-    clearMarks();
+    clearMarks(); // a frame that was at work meanwhile may have set them again
     m_state.setIsPrerolling(false);
     m_state.framesToSkip = 0;
     m_parts.movie.recordToNoFile();

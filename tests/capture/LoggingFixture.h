@@ -136,7 +136,7 @@ protected:
 
     /// Hands a frame to both outputs, as the session does, and answers it.
     platform::QTSampleBuffer deliver(const std::string& timecodeText, const std::string& time) {
-        const platform::QTSampleBuffer frame = makeFrame(timecodeText, time);
+        platform::QTSampleBuffer frame = makeFrame(timecodeText, time);
         deliver(frame);
         return frame;
     }

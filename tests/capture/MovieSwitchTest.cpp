@@ -108,6 +108,15 @@ TEST_F(MovieSwitch, aFrameThatIsLeftOutEndsTheMovieOnceAndOnlyWhereThereIsOne) {
     EXPECT_EQ(journal(), (Entries{"1 record /clip.mov", "1 record nothing"}));
 }
 
+// Another thread's end takes effect after the frame at hand; the frame itself has to end the movie once more.
+TEST_F(MovieSwitch, theFrameAtHandIsLeftOutAlsoWhenAnotherThreadHasJustEndedTheMovie) {
+    movieSwitch.timecodeStartValue.set(timecode("00:00:00:00"));
+    deliver("00:00:00:00");
+    movieSwitch.recordToNoFile();
+    movieSwitch.leaveFrameOut();
+    EXPECT_EQ(journal(), (Entries{"1 record /clip.mov", "1 record nothing", "1 record nothing"}));
+}
+
 TEST_F(MovieSwitch, hoursOutOfRangeArePrintedAsTheyAre) {
     SMPTETime time;
     time.mHours = -1;

@@ -198,6 +198,7 @@ TEST_F(RecordingSwitch, aClipThatNeverGotAFrameIsReported) {
 TEST_F(RecordingSwitch, fromPauseTheTapeRunsBackForTwoSecondsBeforeItPlays) {
     connectDeck(kPaused);
     deliver("01:00:00:00", "10:00:00");
+    controller->setStartTimecode(timecode("05:00:00:00").SMPTETimeValue());
     Entries whileAsleep;
     surroundings.clock.whileAsleep = [&] {
         whileAsleep = journal();
