@@ -134,25 +134,40 @@ public:
     /// Reading this ends a recording when the device reports anything but normal play: buttons bound to it
     /// would otherwise go on showing a recording of a tape that has stopped.
     [[nodiscard]] bool isDevicePlaying();
+    // The other questions have no such effect. All answer false without a controllable device.
     [[nodiscard]] bool isDevicePause() const;
     [[nodiscard]] bool isDeviceRewinding() const;
     [[nodiscard]] bool isDeviceFastForwarding() const;
+
+    // Commands; they return before the mechanism has obeyed, and without a controllable device reach nobody.
+    /// Plays, or pauses, and has the session running.
     void setDevicePlaying(bool playing);
+    /// Winds in the mode that the device reports (a search while there is a picture), or stands still.
     void setDeviceRewinding(bool rewinding);
     void setDeviceFastForwarding(bool forwarding);
+    /// Stops the tape, then the session.
     void stopDevice();
 
     // --- Settings, presets, compression ---
 
+    /// The host's presets, dictionaries under the BXMCConf... keys; setting them also fills the preset
+    /// pop-up. They are never stored by the component.
     [[nodiscard]] std::vector<platform::Dictionary> allConfiguration() const;
     void setAllConfiguration(const std::vector<platform::Dictionary>& presets);
+    /// Selects an item of the preset pop-up and loads it: 0 stands for settings edited by hand, 1 for the
+    /// first preset.
     void selectConfigurationAtIndex(int index);
+    /// Copies the selected preset into the user's defaults; what it lacks stays as it is.
     void changeConfiguration();
+    /// Hands the settings, as a preset without a name, to the delegate.
     void saveCurrentConfiguration();
+    /// Asks the delegate to delete the selected preset, if it answers mccontrollerSaveConfiguration too.
     void deleteCurrentConfiguration();
+    /// Whether changeConfiguration is under way.
     [[nodiscard]] bool loadingConfig() const;
-    /// Seconds.
+    /// The stored sampling interval in seconds.
     [[nodiscard]] std::int32_t frameSampleInterval() const;
+    /// Whether clips get a movie.
     [[nodiscard]] bool captureMovie() const;
 
     void buildVideoCompressionOptions();

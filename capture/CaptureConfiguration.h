@@ -2,8 +2,8 @@
 // whether the settings are still those of a preset.
 //
 // Main thread. The defaults may change on any thread; what follows from a change happens on the thread that
-// made it and touches only the pop-up's selection. Owned by the controller, which outlives none of what it is
-// handed by reference.
+// made it and touches only the pop-up's selection. Owned by the controller; what it is handed by reference
+// outlives it.
 #pragma once
 
 #include "platform/Cell.h"

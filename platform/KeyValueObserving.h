@@ -1,6 +1,7 @@
 // Announcements that a named property will change or did change, so that bound controls refresh.
 //
-// Observers are called on the thread that announces, in the order in which they were added.
+// Any thread. Observers are called on the thread that announces, in the order in which they were added, with
+// no lock held.
 #pragma once
 
 #include "platform/Observation.h"

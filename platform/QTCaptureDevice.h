@@ -59,6 +59,7 @@ public:
 
     /// Takes the device for this process. Opening an open device does nothing.
     [[nodiscard]] virtual std::optional<Error> open() = 0;
+    /// Gives the device back; its tape is left as it moves. Closing a closed device does nothing.
     virtual void close() = 0;
 
     /// The attribute as the device reports it now; none when it has no such attribute or is gone.
