@@ -131,6 +131,15 @@ TEST_F(LogProgramTest, TheTableIsOnStandardOutputAndABarOnlyOnRequest) {
     EXPECT_THAT(quiet.err, testing::Not(HasSubstr("\x1b")));
 }
 
+TEST_F(LogProgramTest, ABarThatIsAskedForShowsThePositionOnTheTape) {
+    writeFile(tape, testTape({{10, CalendarFields{2005, 3, 17, 14, 3, 22}, 0}}));
+    const Ended ended =
+        log({"--realtime", "--progress", "always", "--movies", "off"}); // 10 frames last 0.4 s
+    EXPECT_THAT(ended.err, HasSubstr("["));
+    EXPECT_THAT(ended.err, HasSubstr("of 0:00"));
+    EXPECT_THAT(ended.err, testing::Not(testing::EndsWith("\x1b[K")));
+}
+
 TEST_F(LogProgramTest, ScenesOffMakesOneClipOfTheTape) {
     writeFile(tape, tapeOfTwoTakes());
     ASSERT_EQ(log({"--scenes", "off", "--movies", "off"}).status, 0);
