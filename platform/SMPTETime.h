@@ -49,7 +49,7 @@ public:
         return value;
     }
 
-    [[nodiscard]] SMPTETime SMPTETimeValue() const { return m_time.value_or(SMPTETime{}); }
+    [[nodiscard]] SMPTETime SMPTETimeValue() const { return m_time ? *m_time : SMPTETime{}; }
 
     /// Whether there is a timecode at all.
     explicit operator bool() const { return m_time.has_value(); }
