@@ -16,6 +16,7 @@ template <typename Value>
 void addChoice(CLI::App& command, const std::string& name, const std::string& description,
                const std::map<std::string, Value>& choices, std::function<void(Value)> chosen) {
     std::vector<std::string> words;
+    words.reserve(choices.size());
     for (const auto& [word, value] : choices)
         words.push_back(word);
     command

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <span>
+#include <system_error>
 
 namespace merro::host {
 
@@ -85,7 +86,8 @@ void Database::requireUsable(const std::string& path) {
     std::array<unsigned char, kHeaderSize> header{};
     std::ifstream file(path, std::ios::binary);
     if (!file.is_open())
-        throw Failure(fmt::format("The catalogue {} cannot be read: {}", path, std::strerror(errno)));
+        throw Failure(
+            fmt::format("The catalogue {} cannot be read: {}", path, std::generic_category().message(errno)));
     file.read(reinterpret_cast<char*>(header.data()), static_cast<std::streamsize>(header.size()));
     if (file.gcount() != static_cast<std::streamsize>(kHeaderSize) ||
         std::memcmp(header.data(), kMagic, sizeof kMagic) != 0 ||

@@ -219,6 +219,8 @@ void LoggingRun::Running::finishFiles() {
 }
 
 void LoggingRun::Running::stop() {
+    if (m_hasEnded)
+        return; // the tape has come to its end, only files are being finished
     m_isStopped = true;
     const std::lock_guard lock(m_statusMutex);
     if (m_isUp)
