@@ -127,6 +127,10 @@ void DeckDrive::quit() {
 }
 
 void DeckDrive::wake() {
+    // Woken already and not yet running: it will see what has just been added. Waiting for the lock would let
+    // it deliver frames, in virtual time, before the caller gets on.
+    if (m_wake->condition() == awake)
+        return;
     m_wake->lock();
     m_wake->unlockWithCondition(awake);
 }
