@@ -82,6 +82,11 @@ void CurrentClip::report(const TimecodeValue& endTimecode) {
     m_reports.didRecord(clipDictionary(m_record));
 }
 
+void CurrentClip::endMovieWithoutMark() {
+    if (!m_movie.timecodeEndValue.get())
+        m_movie.recordToNoFile();
+}
+
 TimecodeValue CurrentClip::newestTimecode() const {
     return m_hasFrames ? m_newestTimecode : m_state.currentTimecodeValue();
 }

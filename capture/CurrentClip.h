@@ -45,6 +45,11 @@ public:
     /// Ends the clip that is open, if any, and reports it. `endTimecode` is that of its last frame.
     void report(const TimecodeValue& endTimecode);
 
+    /// Ends the movie of a reported clip at once when no mark will: its last frame had no timecode, or the
+    /// host does not hear reports. For when the next frames are in no clip, and no new movie ends the old
+    /// one.
+    void endMovieWithoutMark();
+
     /// What a stop reports as the end: the timecode that was current at the clip's newest frame. Frames that
     /// arrive while recording is being switched off move the current timecode on, but are in no clip.
     [[nodiscard]] TimecodeValue newestTimecode() const;

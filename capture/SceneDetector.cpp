@@ -96,6 +96,7 @@ void SceneDetector::startNewTake(const SMPTETime& timecode) {
         m_clip.open();
         return;
     }
+    m_clip.endMovieWithoutMark();
     m_state.startTimecode.set(BXMCTimecodeUtils::addNbFrameToTimecode(framesToSkip, timecode));
     m_state.framesToSkip = framesToSkip;
     m_state.setIsPrerolling(true);
