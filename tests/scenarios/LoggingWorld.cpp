@@ -55,7 +55,7 @@ std::string did(const Report& report) {
     return line;
 }
 
-std::string did(const Dictionary& info) {
+std::string didText(const Dictionary& info) {
     std::set<std::string> unknown;
     for (const auto& [key, value] : info)
         unknown.insert(key);
@@ -104,18 +104,10 @@ LoggingWorld::LoggingWorld(TapeScript theScript, Equipment equipment)
                 equipment.recorders != nullptr ? equipment.recorders : &movies,
                 platform::session::WhenFull::Wait),
       deck(std::make_shared<JournalledDeck>(m_journal)),
-      surroundings{clock,
-                   runLoop,
-                   threads,
-                   notifications,
-                   defaults,
-                   localization,
-                   *log_,
-                   *alerts,
-                   equipment.files != nullptr ? *equipment.files : memoryFiles,
-                   interfaces,
-                   framework,
-                   compression},
+      surroundings{clock,         runLoop,   threads,
+                   notifications, defaults,  localization,
+                   *log_,         *alerts,   equipment.files != nullptr ? *equipment.files : memoryFiles,
+                   interfaces,    framework, compression},
       m_folder(equipment.folder) {
     platform::setProcessLog(log_.get());
     platform::deck::DeckSettings settings;
@@ -125,17 +117,19 @@ LoggingWorld::LoggingWorld(TapeScript theScript, Equipment equipment)
         m_journal.add(isConnected ? "connected" : "disconnected");
         isConnected ? framework.addDevice(deck) : framework.removeDevice(deck);
     };
-    deck->wrap(platform::deck::makeDeck(clock, threads, runLoop, deck->inner, script.tape(),
-                                        std::move(settings)),
-               notifications);
+    deck->wrap(
+        platform::deck::makeDeck(clock, threads, runLoop, deck->inner, script.tape(), std::move(settings)),
+        notifications);
     framework.addDevice(deck);
     controller = std::make_unique<BXMCController>(surroundings);
     answerController();
     controller->setSelectedVideoDevice(deck);
+    passTime(platform::Duration::zero());
 }
 
 LoggingWorld::~LoggingWorld() {
     controller.reset();
+    passTime(platform::Duration::zero()); // what is posted may hold the deck
     platform::setProcessLog(nullptr);
 }
 
@@ -156,7 +150,7 @@ void LoggingWorld::answerController() {
     };
     host->mccontrollerDidRecordInfo = [this, say](BXMCController&, const Dictionary& info) {
         reports.push_back(info);
-        say(did(info), onDid);
+        say(didText(info), onDid);
     };
     host->mccontrollerEndRecord = [this, say](BXMCController&) { say("end", onEnd); };
     host->mccontrollerSaveConfiguration = [this](BXMCController&, const Dictionary& preset) {
@@ -183,8 +177,8 @@ void LoggingWorld::playToEnd() {
 }
 
 void LoggingWorld::passTime(platform::Duration duration) {
-    const auto timer = runLoop.scheduleTimer(duration, platform::Repeats::No, {platform::RunLoopMode::Default},
-                                             [this] { runLoop.stop(); });
+    const auto timer = runLoop.scheduleTimer(duration, platform::Repeats::No,
+                                             {platform::RunLoopMode::Default}, [this] { runLoop.stop(); });
     (void)runLoop.run();
 }
 
@@ -205,9 +199,17 @@ void LoggingWorld::bindPlayButton() {
 Entries LoggingWorld::entries(const std::vector<std::string>& beginnings) const {
     Entries found;
     for (const std::string& entry : journal()) {
-        if (std::ranges::any_of(beginnings, [&](const auto& beginning) { return entry.starts_with(beginning); }))
+        if (std::ranges::any_of(beginnings,
+                                [&](const auto& beginning) { return entry.starts_with(beginning); }))
             found.push_back(entry);
     }
+    return found;
+}
+
+std::vector<std::vector<int>> LoggingWorld::firstMovies(int count) const {
+    std::vector<std::vector<int>> found;
+    for (int clip = 1; clip <= count; ++clip)
+        found.push_back(movie(clipName(clip)));
     return found;
 }
 

@@ -40,26 +40,26 @@ using Entries = std::vector<std::string>;
 
 /// What a report says; an empty text: the dictionary has no such entry.
 struct Report {
-    std::string id;
-    std::string date; ///< "14:00:00" on 17 March 2005, else "2005-03-27 02:00:00"
-    std::string start;
-    std::string end;
-    std::string duration;
+    std::string id = {};
+    std::string date = {}; ///< "14:00:00" on 17 March 2005, else "2005-03-27 02:00:00"
+    std::string start = {};
+    std::string end = {};
+    std::string duration = {};
     int aspect = 1;
 };
 
 /// The journal's line about a report: every entry of its dictionary, and no other.
 [[nodiscard]] std::string did(const Report& report);
-[[nodiscard]] std::string did(const platform::Dictionary& info);
+[[nodiscard]] std::string didText(const platform::Dictionary& info);
 
 /// What a world may be made with instead of the usual.
 struct Equipment {
     platform::deck::MechanismSettings mechanism = platform::deck::MechanismSettings::ideal();
     platform::deck::DeckFaults faults;
-    platform::Files* files = nullptr;                              ///< MemoryFiles when null
+    platform::Files* files = nullptr;                             ///< MemoryFiles when null
     platform::session::MovieRecorderFactory* recorders = nullptr; ///< KeptMovies when null
-    std::string folder;                                            ///< in front of the files' names
-    std::optional<std::uint64_t> orderSeed; ///< shuffles what is due at one moment
+    std::string folder = {};                                      ///< in front of the files' names
+    std::optional<std::uint64_t> orderSeed;                       ///< shuffles what is due at one moment
 };
 
 class LoggingWorld {
@@ -108,6 +108,8 @@ public:
     [[nodiscard]] std::vector<int> movie(const std::string& clip) const {
         return movies.movie(clip + ".mov").frames;
     }
+    /// Those of the first `count` clips.
+    [[nodiscard]] std::vector<std::vector<int>> firstMovies(int count) const;
     /// Every file that was opened has been closed, once.
     void expectAllFilesClosed() const;
 

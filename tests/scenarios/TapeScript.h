@@ -24,8 +24,9 @@ using platform::deck::DVSystem;
 /// A stretch that the camera recorded in one go.
 struct Take {
     int frames = 25;
-    std::string timecode; ///< of the first frame, "01:02:03:04", counted on from there; empty: none
-    std::string date;     ///< "2005-03-17 14:00:00", or "14:00:00" of that day; the clock runs on; empty: none
+    std::string timecode = {}; ///< of the first frame, "01:02:03:04", counted on from there; empty: none
+    std::string date =
+        {}; ///< "2005-03-17 14:00:00", or "14:00:00" of that day; the clock runs on; empty: none
     DVSystem system = DVSystem::System625_50;
     bool isWide = false;
     bool isDropFrame = false;    ///< frames 00 and 01 of each minute but each tenth are left out
