@@ -183,7 +183,7 @@ TEST(ClipTableTest, ShowsADashWhereAClipHasNothing) {
 
 TEST(ClipTableTest, FindingsBeyondTheFirstFewAreCounted) {
     TapeEntry tape;
-    for (int at = 0; at < 7; ++at)
+    for (std::int64_t at = 0; at < 7; ++at)
         tape.findings.push_back({at * 1000, 10, "bytes that are no DV frame"});
     const std::string summary = findingsSummary(tape);
     EXPECT_THAT(summary, HasSubstr("At byte 4000: 10 bytes skipped"));

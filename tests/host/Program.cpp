@@ -36,6 +36,7 @@ Program::Program(const std::vector<std::string>& arguments, const std::string& h
     std::vector<std::string> words{MERRO_PROGRAM};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
+    argv.reserve(words.size() + 1);
     for (std::string& word : words)
         argv.push_back(word.data());
     argv.push_back(nullptr);
@@ -43,6 +44,7 @@ Program::Program(const std::vector<std::string>& arguments, const std::string& h
     if (m_process < 0)
         throw std::runtime_error("fork");
     if (m_process == 0) {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the child has one thread
         ::setenv("XDG_CONFIG_HOME", home.c_str(), 1);
         redirect("/dev/null", STDIN_FILENO);
         redirect(m_outPath, STDOUT_FILENO);
