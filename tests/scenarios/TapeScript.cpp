@@ -64,7 +64,7 @@ const DVFrameBuilder& emptyFrame(DVSystem system) {
 }
 
 void writeNumber(std::vector<std::uint8_t>& bytes, int number) {
-    for (std::size_t i = 0; i < 4; ++i)
+    for (std::size_t i = 0; i < 4 && bytes.size() >= 4; ++i)
         bytes[bytes.size() - 4 + i] =
             static_cast<std::uint8_t>(static_cast<unsigned>(number) >> (8 * (3 - i)));
 }
