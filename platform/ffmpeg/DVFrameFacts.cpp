@@ -36,7 +36,10 @@ void forEachSourceControlPack(std::span<const std::uint8_t> frame, Visit visit) 
     }
 }
 
-/// A recording date that no calendar has is none.
+/// DV cameras are not older than this, and players misread the date of a movie from before 1970.
+constexpr int kFirstYearOfDV = 1995;
+
+/// A recording date that no calendar has, or no camera can have meant, is none.
 std::optional<CalendarFields> recordingDate(std::span<const std::uint8_t> frame) {
     const std::shared_ptr<const void> unowned(std::shared_ptr<const void>(), frame.data());
     const auto found = findFrameDate({unowned, frame}).captureDateTime;
@@ -44,7 +47,8 @@ std::optional<CalendarFields> recordingDate(std::span<const std::uint8_t> frame)
         return std::nullopt;
     const CalendarFields fields{found->year(),      found->monthOfYear(),  found->dayOfMonth(),
                                 found->hourOfDay(), found->minuteOfHour(), found->secondOfMinute()};
-    return fields == normalisedCalendar(fields) ? std::optional(fields) : std::nullopt;
+    const bool isReal = fields.year >= kFirstYearOfDV && fields == normalisedCalendar(fields);
+    return isReal ? std::optional(fields) : std::nullopt;
 }
 
 } // namespace

@@ -27,7 +27,7 @@ struct DVFrameFacts {
     /// 4:1:1 sampling in 625/50 (SMPTE 314M), where IEC 61834 has 4:2:0.
     bool is411 = false;
     bool isDropFrame = false;                    ///< as most timecode packs say; 525/60 only
-    std::optional<CalendarFields> recordingDate; ///< as findFrameDate reads it; none when no calendar has it
+    std::optional<CalendarFields> recordingDate; ///< as findFrameDate reads it; none when it cannot be true
 };
 
 /// `frame` has 120000 or 144000 bytes. What the frame does not say stays as it is in DVFrameFacts{}.
