@@ -74,14 +74,21 @@ void BXMCController::Pieces::captureOutput(platform::QTCaptureMovieFileOutput& o
         return;
     const bool isMovieOutput = &output == movieFileOutput.get();
     const bool carriesPlainDV = isMovieOutput != compression.isCompressed();
-    if (carriesPlainDV)
-        detector.detectAndCaptureThumbnail(sampleBuffer);
-    if (!isMovieOutput)
+    if (!carriesPlainDV && !isMovieOutput)
         return;
-    if (!state.isRecording())
-        movie.leaveFrameOut();
-    else if (const auto held = turn.tryEnter(); held && state.isRecording())
+    const auto held = carriesPlainDV ? detector.detectAndCaptureThumbnail(sampleBuffer) : turn.tryEnter();
+    if (isMovieOutput)
+        switchMovie(sampleBuffer, static_cast<bool>(held));
+}
+
+/// A movie holds the frames of its clip. A frame that comes while recording is being switched off is in it
+/// when it was recorded before the stop got its turn, and is otherwise left out.
+void BXMCController::Pieces::switchMovie(const platform::QTSampleBuffer& sampleBuffer, bool hasTurn) {
+    const bool isBeingEnded = !state.isRecording() || state.isBeingSwitched() || movie.isEnded();
+    if (hasTurn && (clip.isOpen() || !isBeingEnded))
         movie.movieDetection(sampleBuffer);
+    else if (isBeingEnded)
+        movie.leaveFrameOut();
 }
 
 void BXMCController::Pieces::deviceSelected() {
