@@ -29,9 +29,9 @@ namespace {
 using std::chrono::microseconds;
 
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-constexpr int kSwitches = 1000;
+constexpr int kSwitches = 800;
 #else
-constexpr int kSwitches = 2000;
+constexpr int kSwitches = 1200;
 #endif
 
 struct Message {
