@@ -16,7 +16,7 @@ namespace {
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
 constexpr std::uint64_t kSeeds = 60;
 #else
-constexpr std::uint64_t kSeeds = 300;
+constexpr std::uint64_t kSeeds = 200;
 #endif
 
 class Dice {
