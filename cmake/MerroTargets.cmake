@@ -38,5 +38,7 @@ function(merro_test name)
   endif()
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
   merro_program(test_${name} SOURCES ${ARG_SOURCES} DEPENDS ${ARG_DEPENDS} GTest::gmock GTest::gtest_main)
+  # Optimising the tests themselves would take longer than they run.
+  target_compile_options(test_${name} PRIVATE -O0 -g1)
   gtest_discover_tests(test_${name} TEST_PREFIX ${name}: DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300)
 endfunction()
