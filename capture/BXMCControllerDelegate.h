@@ -28,8 +28,8 @@ struct BXMCControllerDelegate {
     std::function<platform::Dictionary(BXMCController& controller)> mccontrollerWillRecord;
 
     /// A clip has ended; `info` tells what is known of it (capture/ClipInfoKeys.h). Its thumbnails file is
-    /// complete but for what waits to be written; its movie has ended when recording is being switched off,
-    /// and otherwise ends at the frame at hand.
+    /// complete but for what waits to be written; its movie ends with the clip's last frame, which may just
+    /// be on its way there.
     std::function<void(BXMCController& controller, const platform::Dictionary& info)>
         mccontrollerDidRecordInfo;
 

@@ -24,6 +24,7 @@ struct BXMCController::Pieces {
     void addOutputs();
     void captureOutput(platform::QTCaptureMovieFileOutput& output,
                        const platform::QTSampleBuffer& sampleBuffer);
+    void switchMovie(const platform::QTSampleBuffer& sampleBuffer, bool hasTurn);
     void deviceSelected();
     void setCaptureVolume(float volume);
 

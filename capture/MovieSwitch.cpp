@@ -31,6 +31,7 @@ void MovieSwitch::movieDetection(const platform::QTSampleBuffer& sampleBuffer) {
         if (BXMCTimecodeUtils::timecodeCompareWith(timecode, mark) != -1) {
             logMark("START", mark);
             m_isMovieRunning = true;
+            m_isEnded = false;
             m_output->recordToOutputFileURL(m_clip.moviePath());
             timecodeStartValue.set({});
             // An end that has not been passed by now is that of a clip whose timecodes lie later on: the new
@@ -42,6 +43,11 @@ void MovieSwitch::movieDetection(const platform::QTSampleBuffer& sampleBuffer) {
 
 void MovieSwitch::recordToNoFile() {
     m_output->recordToOutputFileURL(std::nullopt);
+}
+
+void MovieSwitch::endMovie() {
+    m_isEnded = true;
+    m_output->endRecordingAfterSample();
 }
 
 void MovieSwitch::leaveFrameOut() {

@@ -2,8 +2,8 @@
 //
 // Detection may run on another output than the one that writes movies, so it does not switch the movie itself
 // but sets marks: the first timecode of the clip that has opened, the last of the clip that has ended. The
-// first frame of the movie-file output that passes a mark switches the file. movieDetection and
-// recordToNoFile belong to whoever has the recording turn, the marks to any thread.
+// first frame of the movie-file output that passes a mark switches the file. movieDetection, recordToNoFile
+// and endMovie belong to whoever has the recording turn, the marks to any thread.
 #pragma once
 
 #include "capture/ClipRecord.h"
@@ -27,12 +27,18 @@ public:
     /// One frame of the movie-file output, from within its delegate message.
     void movieDetection(const platform::QTSampleBuffer& sampleBuffer);
 
+    /// Ends the movie before the frame at hand.
     void recordToNoFile();
 
-    /// Ends the movie before the frame at hand when one may still be recorded: while recording is being
-    /// switched off, frames pass that are in no clip. Also after recordToNoFile, which the output, when it is
-    /// called on another thread, carries out after the frame. Delivery thread, from within the output's
-    /// delegate message; no turn needed.
+    /// Ends the movie for a stop. A frame that is just on its way through the output was in the clip, and
+    /// still gets into the movie, unless leaveFrameOut is called for it.
+    void endMovie();
+    /// Whether the last thing done was endMovie.
+    [[nodiscard]] bool isEnded() const { return m_isEnded; }
+
+    /// Ends the movie before the frame at hand when one may still be recorded, also after endMovie: while
+    /// recording is being switched off, frames pass that are in no clip. Delivery thread, from within the
+    /// output's delegate message; no turn needed.
     void leaveFrameOut();
 
     platform::Cell<TimecodeValue> timecodeStartValue;
@@ -45,6 +51,7 @@ private:
     const ClipRecord& m_clip;
     platform::Log& m_log;
     std::atomic<bool> m_isMovieRunning = false; ///< or was, and no frame has been left out since
+    std::atomic<bool> m_isEnded = false;
 };
 
 } // namespace merro

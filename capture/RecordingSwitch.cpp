@@ -92,7 +92,7 @@ void RecordingSwitch::stop() {
     clearMarks(); // a frame that was at work meanwhile may have set them again
     m_state.setIsPrerolling(false);
     m_state.framesToSkip = 0;
-    m_parts.movie.recordToNoFile();
+    m_parts.movie.endMovie();
     m_parts.clip.closeFiles();
     m_parts.clip.report(m_parts.clip.newestTimecode());
     applyActionAfterRecord();

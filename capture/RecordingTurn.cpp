@@ -27,7 +27,7 @@ void RecordingTurn::runDeferred() {
 RecordingTurn::Hold RecordingTurn::tryEnter() {
     const std::lock_guard lock(m_mutex);
     if (m_isTaken || !m_deferred.empty())
-        return Hold(nullptr);
+        return {};
     m_isTaken = true;
     return Hold(this);
 }

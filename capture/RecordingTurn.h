@@ -32,6 +32,8 @@ public:
     /// The turn while it is held by this object; gives it up, running what was put off, when destroyed.
     class Hold {
     public:
+        /// Holds nothing.
+        Hold() = default;
         Hold(Hold&& other) noexcept;
         Hold(const Hold&) = delete;
         Hold& operator=(const Hold&) = delete;
@@ -42,7 +44,7 @@ public:
     private:
         friend class RecordingTurn;
         explicit Hold(RecordingTurn* turn) : m_turn(turn) {}
-        RecordingTurn* m_turn;
+        RecordingTurn* m_turn = nullptr;
     };
 
     /// Takes the turn when it is free and nothing waits for it; false otherwise.

@@ -25,21 +25,24 @@ SceneDetector::SceneDetector(RecordingState& state, RecordingTurn& turn, Current
     : m_state(state), m_turn(turn), m_clip(clip), m_endOfTapeTimer(endOfTapeTimer),
       m_streamAlert(streamAlert), m_defaults(defaults), m_stopRecording(std::move(stopRecording)) {}
 
-void SceneDetector::detectAndCaptureThumbnail(const platform::QTSampleBuffer& frame) {
+RecordingTurn::Hold SceneDetector::detectAndCaptureThumbnail(const platform::QTSampleBuffer& frame) {
     if (m_state.isRecording() && m_defaults.boolForKey(BXMCDetectEndTape))
         m_endOfTapeTimer.requestLaunch();
 
     if (!isDVFrame(frame)) {
         m_streamAlert.runModal();
         m_stopRecording();
-        return;
+        return {};
     }
     if (frame.timecode)
         m_state.setCurrentTimecodeValue(frame.timecode);
     if (!m_state.isRecording())
-        return;
-    if (const auto turn = m_turn.tryEnter(); turn && m_state.isRecording())
-        record(frame);
+        return {};
+    auto turn = m_turn.tryEnter();
+    if (!turn || !m_state.isRecording())
+        return {};
+    record(frame);
+    return turn;
 }
 
 void SceneDetector::record(const platform::QTSampleBuffer& frame) {

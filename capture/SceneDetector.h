@@ -25,7 +25,9 @@ public:
                   EndOfTapeTimer& endOfTapeTimer, StreamAlert& streamAlert,
                   const platform::UserDefaults& defaults, std::function<void()> stopRecording);
 
-    void detectAndCaptureThumbnail(const platform::QTSampleBuffer& frame);
+    /// The turn, still held, when the frame was recorded in it: what else is done with the frame is done
+    /// before somebody else ends the clip that it is in. False when it was not recorded.
+    [[nodiscard]] RecordingTurn::Hold detectAndCaptureThumbnail(const platform::QTSampleBuffer& frame);
 
 private:
     void record(const platform::QTSampleBuffer& frame);

@@ -80,6 +80,10 @@ public:
     /// is never overwritten.
     virtual void recordToOutputFileURL(const std::optional<std::string>& path) = 0;
 
+    /// Ends the file being recorded: while a sample is being shown to the delegate, after that sample, which
+    /// is still in the file; at once otherwise.
+    virtual void endRecordingAfterSample() = 0;
+
     [[nodiscard]] virtual std::vector<std::shared_ptr<QTCaptureConnection>> connections() const = 0;
 
     /// Null options write the device's own DV. Takes effect with the next file; the session must not be

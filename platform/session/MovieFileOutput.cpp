@@ -56,6 +56,17 @@ void MovieFileOutput::recordToOutputFileURL(const std::optional<std::string>& pa
     givePenBack();
 }
 
+void MovieFileOutput::endRecordingAfterSample() {
+    m_pen->lock();
+    if (m_pen->condition() == penTaken) {
+        m_requestForLater = Request{};
+        m_pen->unlock();
+        return;
+    }
+    m_pen->unlock();
+    recordToOutputFileURL(std::nullopt);
+}
+
 std::vector<std::shared_ptr<QTCaptureConnection>> MovieFileOutput::connections() const {
     return {m_video, m_sound};
 }

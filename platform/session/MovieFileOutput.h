@@ -43,6 +43,8 @@ public:
     /// whole, or when delivery stops.
     void recordToOutputFileURL(const std::optional<std::string>& path) override;
 
+    void endRecordingAfterSample() override;
+
     /// One for video, one for sound.
     [[nodiscard]] std::vector<std::shared_ptr<QTCaptureConnection>> connections() const override;
     void setCompressionOptionsForConnection(CompressionOptionsRef options,

@@ -108,11 +108,35 @@ TEST_F(MovieSwitch, aFrameThatIsLeftOutEndsTheMovieOnceAndOnlyWhereThereIsOne) {
     EXPECT_EQ(journal(), (Entries{"1 record /clip.mov", "1 record nothing"}));
 }
 
-// Another thread's end takes effect after the frame at hand; the frame itself has to end the movie once more.
-TEST_F(MovieSwitch, theFrameAtHandIsLeftOutAlsoWhenAnotherThreadHasJustEndedTheMovie) {
+TEST_F(MovieSwitch, aStopKeepsTheFrameThatIsOnItsWayInTheMovie) {
+    platform::QTCaptureFileOutputDelegate delegate;
+    delegate.didOutputSampleBuffer = [this](platform::QTCaptureMovieFileOutput&,
+                                            const platform::QTSampleBuffer& sample,
+                                            const platform::QTCaptureConnection&) {
+        movieSwitch.movieDetection(sample);
+        movieSwitch.endMovie();
+        sharedJournal->add("shown");
+    };
+    output->setDelegate(std::move(delegate));
+    movieSwitch.timecodeStartValue.set(timecode("00:00:00:00"));
+    output->deliver({platform::MediaType::Video, {}, timecode("00:00:00:00")});
+    EXPECT_EQ(journal(), (Entries{"1 record /clip.mov", "shown", "1 record nothing"}));
+    EXPECT_TRUE(movieSwitch.isEnded());
+}
+
+TEST_F(MovieSwitch, aStopEndsTheMovieAtOnceWhileNoFrameIsOnItsWay) {
+    movieSwitch.endMovie();
+    EXPECT_EQ(journal(), (Entries{"1 record nothing"}));
     movieSwitch.timecodeStartValue.set(timecode("00:00:00:00"));
     deliver("00:00:00:00");
-    movieSwitch.recordToNoFile();
+    EXPECT_FALSE(movieSwitch.isEnded());
+}
+
+// A stop's end takes effect after the frame at hand; a frame of no clip has to end the movie once more.
+TEST_F(MovieSwitch, theFrameAtHandIsLeftOutAlsoWhenAStopHasJustEndedTheMovie) {
+    movieSwitch.timecodeStartValue.set(timecode("00:00:00:00"));
+    deliver("00:00:00:00");
+    movieSwitch.endMovie();
     movieSwitch.leaveFrameOut();
     EXPECT_EQ(journal(), (Entries{"1 record /clip.mov", "1 record nothing", "1 record nothing"}));
 }

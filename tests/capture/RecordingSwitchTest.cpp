@@ -400,6 +400,18 @@ TEST_F(RecordingSwitch, aHostThatStopsWhenAClipOpensAtACutGetsThatClipWithItsOne
     EXPECT_EQ(report(1), "01:00:00:01 - 01:00:00:01 11:00:00");
     EXPECT_EQ(framesIn(thumbnails(2)), (std::vector<int>{1}));
     EXPECT_EQ(surroundings.files.file(thumbnails(2)).openNow, 0);
+    EXPECT_EQ(movies(), (Entries{"/1.mov", "nothing", "/2.mov", "nothing"}));
+    EXPECT_EQ(journal().back(), "1 record nothing") << "only after the sample";
+}
+
+TEST_F(RecordingSwitch, aHostThatStopsAtTheReportOfACutKeepsTheCutFrameOutOfTheMovie) {
+    connectDeck();
+    controller->setRecording(true);
+    deliver("01:00:00:00", "10:00:00");
+    onDid = [&] { controller->setRecording(false); };
+    deliver("", "11:00:00"); // no timecode that passes the end mark
+    EXPECT_EQ(messages().back(), "end");
+    EXPECT_EQ(movies(), (Entries{"/1.mov", "nothing", "nothing"})) << "before the sample, and for the stop";
 }
 
 TEST_F(RecordingSwitch, aHostThatStartsAgainWhenToldOfTheEndGetsAWholeNewRecording) {
@@ -477,7 +489,7 @@ TEST_F(RecordingSwitch, aStopOfTheSessionWaitsForTheAlertToBeAnsweredButTheTapeS
     frame.bytesForAllSamples = platform::FrameBytes::taking(std::vector<std::uint8_t>(7));
     deliver(frame);
     EXPECT_EQ(journal(),
-              (Entries{"1 record nothing", "did 1", "deck speed 0 mode 0", "end", "answered", "stop"}));
+              (Entries{"did 1", "deck speed 0 mode 0", "end", "answered", "stop", "1 record nothing"}));
 }
 
 TEST_F(RecordingSwitch, aSessionThatIsWantedAgainBeforeTheAlertIsAnsweredIsNotStopped) {

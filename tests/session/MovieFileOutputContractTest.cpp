@@ -103,6 +103,29 @@ TYPED_TEST(MovieFileOutputContract, aSwitchFromAnotherThreadDuringTheCallbackLea
                                                       "finished A", "output 2", "B 2"));
 }
 
+TYPED_TEST(MovieFileOutputContract, aRecordingEndedAfterTheSampleKeepsIt) {
+    std::shared_ptr<platform::QTCaptureMovieFileOutput> output;
+    output = this->addOutput("output", [&](int number) {
+        if (number == 1) {
+            output->recordToOutputFileURL("A");
+            output->endRecordingAfterSample();
+        }
+    });
+    this->start();
+    this->device->send(1);
+    this->device->send(2);
+    EXPECT_THAT(this->journal->entries(),
+                ElementsAre("output 1", "start A", "A 1", "finish A", "finished A", "output 2"));
+}
+
+TYPED_TEST(MovieFileOutputContract, betweenSamplesARecordingIsEndedAtOnce) {
+    const auto output = this->addOutput("output");
+    this->start();
+    output->recordToOutputFileURL("A");
+    output->endRecordingAfterSample();
+    EXPECT_THAT(this->journal->entries(), ElementsAre("start A", "finish A"));
+}
+
 TYPED_TEST(MovieFileOutputContract, withASlowDiskTheFileIsToldWithTheFirstSampleAfterItIsWhole) {
     this->useSlowDisk();
     this->session = this->framework->makeSession();

@@ -59,8 +59,14 @@ public:
     /// Hands the delegate a sample, as the delivery thread does.
     void deliver(const platform::QTSampleBuffer& sampleBuffer) {
         const std::lock_guard inDelivery(m_delivery);
+        const bool isOuter = !m_isShowingSample.exchange(true);
         if (m_delegate.didOutputSampleBuffer)
             m_delegate.didOutputSampleBuffer(*this, sampleBuffer, *m_connections[0]);
+        if (!isOuter)
+            return;
+        m_isShowingSample = false;
+        if (m_endsAfterSample.exchange(false))
+            recordToOutputFileURL(std::nullopt);
     }
 
     /// Tells the delegate that the file at `path` cannot go on.
@@ -91,6 +97,13 @@ public:
         m_path.set(path);
     }
 
+    void endRecordingAfterSample() override {
+        if (m_isShowingSample)
+            m_endsAfterSample = true;
+        else
+            recordToOutputFileURL(std::nullopt);
+    }
+
     [[nodiscard]] std::vector<std::shared_ptr<platform::QTCaptureConnection>> connections() const override {
         return m_connections;
     }
@@ -114,6 +127,8 @@ private:
     std::vector<std::shared_ptr<platform::QTCaptureConnection>> m_connections{
         std::make_shared<FakeConnection>(platform::MediaType::Video),
         std::make_shared<FakeConnection>(platform::MediaType::Sound)};
+    std::atomic<bool> m_isShowingSample = false;
+    std::atomic<bool> m_endsAfterSample = false;
     platform::Cell<std::optional<std::string>> m_path;
     platform::Cell<std::vector<std::pair<platform::MediaType, platform::CompressionOptionsRef>>>
         m_compression;
