@@ -21,7 +21,7 @@ RecordingSwitch::RecordingSwitch(const Parts& parts, std::shared_ptr<platform::Q
       m_controllableDevice(std::move(controllableDevice)) {}
 
 void RecordingSwitch::setRecording(bool recording) {
-    clearMarks();
+    m_parts.turn.enterOrDefer([this] { clearMarks(); }); // not before the frame at work has used its own
     m_parts.endOfTapeTimer.cancel();
     m_state.timecodeView().setHidden(!recording);
     if (m_state.isRecording() == recording)
@@ -89,7 +89,7 @@ void RecordingSwitch::stop() {
     if (!m_state.isBegun)
         return;
     m_state.isBegun = false;
-    clearMarks(); // a frame that was at work meanwhile may have set them again
+    clearMarks(); // a frame that came meanwhile may have set them again
     m_state.setIsPrerolling(false);
     m_state.framesToSkip = 0;
     m_parts.movie.endMovie();
