@@ -24,7 +24,8 @@ struct BXMCControllerDelegate {
     std::function<void(BXMCController& controller)> mccontrollerBeginRecord;
 
     /// A clip is about to open. Answers its identifier and the paths of its files (kBXMCClipId,
-    /// kBXMCMoviePath, kBXMCThumbnailsPath), each of which may be left out (capture/ClipInfoKeys.h).
+    /// kBXMCMoviePath, kBXMCThumbnailsPath), each of which may be left out (capture/ClipInfoKeys.h). A host
+    /// that does not answer the message may set all three on the controller; a cut clears the paths.
     std::function<platform::Dictionary(BXMCController& controller)> mccontrollerWillRecord;
 
     /// A clip has ended; `info` tells what is known of it (capture/ClipInfoKeys.h). Its thumbnails file is

@@ -29,10 +29,10 @@ void ClipReports::beginRecord() {
         host->mccontrollerBeginRecord(m_controller);
 }
 
-platform::Dictionary ClipReports::willRecord() {
+std::optional<platform::Dictionary> ClipReports::willRecord() {
     if (const auto host = delegate(); host && host->mccontrollerWillRecord)
         return host->mccontrollerWillRecord(m_controller);
-    return {};
+    return std::nullopt;
 }
 
 bool ClipReports::answersDidRecord() const {

@@ -11,6 +11,7 @@
 #include "platform/Value.h"
 
 #include <memory>
+#include <optional>
 
 namespace merro {
 
@@ -27,8 +28,8 @@ public:
 
     void beginRecord();
 
-    /// The host's answer; empty when there is no delegate or it does not answer the message.
-    [[nodiscard]] platform::Dictionary willRecord();
+    /// The host's answer; none when there is no delegate or it does not answer the message.
+    [[nodiscard]] std::optional<platform::Dictionary> willRecord();
 
     [[nodiscard]] bool answersDidRecord() const;
     void didRecord(const platform::Dictionary& info);

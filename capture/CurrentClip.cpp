@@ -24,12 +24,14 @@ void CurrentClip::open() {
     m_record.setClipRecordingDate({});
     m_record.setClipStartTimecode({});
     m_record.setClipEndTimecode({});
-    const platform::Dictionary answer = m_reports.willRecord();
-    const platform::Value* clipId = platform::find(answer, kBXMCClipId);
+    const std::optional<platform::Dictionary> answer = m_reports.willRecord();
+    if (!answer)
+        return; // the identifier and paths that a host has set by hand stay
+    const platform::Value* clipId = platform::find(*answer, kBXMCClipId);
     m_record.setClipId(clipId != nullptr ? std::optional(*clipId) : std::nullopt);
     if (m_defaults.boolForKey(BXMCCaptureMovie))
-        m_record.setMoviePath(pathIn(answer, kBXMCMoviePath));
-    setThumbnailsPath(pathIn(answer, kBXMCThumbnailsPath));
+        m_record.setMoviePath(pathIn(*answer, kBXMCMoviePath));
+    setThumbnailsPath(pathIn(*answer, kBXMCThumbnailsPath));
 }
 
 void CurrentClip::openWithFrame(const platform::QTSampleBuffer& frame) {

@@ -26,7 +26,8 @@ struct CaptureContext;
 /// Whoever works on the recording (starts, feeds, ends it) holds the pen. It is a token, not a lock: while it
 /// is held, delegates are called and files are waited for. A request that comes while the pen is taken is
 /// left to its holder: one that comes from within the delegate is carried out when the delegate returns,
-/// before the sample at hand is written; one from another thread after that sample.
+/// before the sample at hand is written; one from another thread, and endRecordingAfterSample, after that
+/// sample.
 class MovieFileOutput final : public QTCaptureMovieFileOutput, public SampleSink {
 public:
     explicit MovieFileOutput(std::shared_ptr<CaptureContext> context);

@@ -235,6 +235,54 @@ TEST_F(Controller, theMovieIsNotSwitchedWhileNothingIsRecorded) {
     EXPECT_TRUE(movies().empty());
 }
 
+// --- What a host may set by hand ---
+
+TEST_F(Controller, keepsWhatIsSetByHand) {
+    const auto date = platform::dateFromCalendar({2005, 3, 17, 10, 0, 0});
+    controller->setCurrentTimecodeValue(timecode("00:00:00:01"));
+    controller->setCurrentDate(date);
+    controller->setLastTimecodeValue(timecode("00:00:00:02"));
+    controller->setTimecodeStartValue(timecode("00:00:00:03"));
+    controller->setTimecodeEndValue(timecode("00:00:00:04"));
+    controller->setStartTimecode(timecode("00:00:00:05").SMPTETimeValue());
+    controller->setIsPrerolling(true);
+    controller->setProcessNote("note");
+    controller->setClipId(platform::Value(7));
+    controller->setClipRecordingDate(date);
+    controller->setClipAspectRatio(1);
+    EXPECT_EQ(text(controller->currentTimecodeValue()), "00:00:00:01");
+    EXPECT_EQ(controller->timecodeView()->timecode().mFrames, 1) << "shown over the picture";
+    EXPECT_EQ(controller->currentDate(), date);
+    EXPECT_EQ(controller->timecodeView()->date(), date);
+    EXPECT_EQ(text(controller->lastTimecodeValue()), "00:00:00:02");
+    EXPECT_EQ(text(controller->timecodeStartValue()), "00:00:00:03");
+    EXPECT_EQ(text(controller->timecodeEndValue()), "00:00:00:04");
+    EXPECT_EQ(controller->startTimecode(), timecode("00:00:00:05").SMPTETimeValue());
+    EXPECT_TRUE(controller->isPrerolling());
+    EXPECT_EQ(controller->processNote(), "note");
+    EXPECT_EQ(controller->clipId(), platform::Value(7));
+    EXPECT_EQ(controller->clipRecordingDate(), date);
+    EXPECT_EQ(controller->clipAspectRatio(), 1);
+}
+
+TEST_F(Controller, theEndOfAClipSetByHandSetsItsDuration) {
+    controller->setClipStartTimecode(timecode("00:00:01:20"));
+    controller->setClipEndTimecode(timecode("00:00:03:10"));
+    // 10 - 20 frames borrow a second of 25: 15 frames, 3 - 1 - 1 seconds
+    EXPECT_EQ(text(controller->clipDuration()), "00:00:01:15");
+    controller->setClipDuration(timecode("00:00:09:00"));
+    EXPECT_EQ(text(controller->clipDuration()), "00:00:09:00");
+}
+
+TEST_F(Controller, aLastFrameSetByHandEndsTheThumbnailsFile) {
+    controller->setThumbnailsPath("/by hand");
+    const auto frame = makeFrame("00:00:00:00", "");
+    controller->setLastFrameData(frame.bytesForAllSamples);
+    controller->setThumbnailsPath(std::nullopt);
+    EXPECT_EQ(framesIn("/by hand"), (std::vector<int>{0}));
+    EXPECT_TRUE(controller->lastFrameData().isNull());
+}
+
 // --- Presets ---
 
 TEST_F(Controller, savesAndDeletesPresetsThroughTheHost) {

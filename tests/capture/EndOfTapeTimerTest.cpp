@@ -115,7 +115,7 @@ TEST_F(EndOfTape, theRecordingStopsWhenTheTimerFires) {
     EXPECT_EQ(journal(), (Entries{"1 record nothing", "did 1", "deck speed 0 mode 0", "stop", "end"}));
 }
 
-TEST_F(EndOfTape, everyFrameStartsTheTimerAnewSkippedAndOddFramesToo) {
+TEST_F(EndOfTape, everyFrameStartsTheTimerAnewSkippedOnesToo) {
     connectDeck();
     set(BXMCDetectEndTape, true);
     set(BXMCNbDropFrame, 5);
@@ -128,6 +128,22 @@ TEST_F(EndOfTape, everyFrameStartsTheTimerAnewSkippedAndOddFramesToo) {
         ASSERT_EQ(after.size(), 1U);
         EXPECT_NE(before, after);
     }
+}
+
+TEST_F(EndOfTape, aFrameThatIsNoDVStartsTheTimerBeforeTheAlert) {
+    connectDeck();
+    set(BXMCDetectEndTape, true);
+    controller->setRecording(true);
+    std::size_t timersDuringAlert = 0;
+    surroundings.alerts.whileUp = [&](const platform::Alert&) {
+        surroundings.runLoop.runPosted();
+        timersDuringAlert = surroundings.runLoop.timers().size();
+    };
+    platform::QTSampleBuffer frame = makeFrame("", "");
+    frame.bytesForAllSamples = platform::FrameBytes::taking(std::vector<std::uint8_t>(7));
+    deliver(frame);
+    EXPECT_EQ(timersDuringAlert, 1U);
+    EXPECT_TRUE(surroundings.runLoop.timers().empty()) << "the stop after the alert forgets it";
 }
 
 TEST_F(EndOfTape, aRecordingThatNeverReceivesAFrameHasNoTimer) {
