@@ -21,11 +21,12 @@ RecordingSwitch::RecordingSwitch(const Parts& parts, std::shared_ptr<platform::Q
       m_controllableDevice(std::move(controllableDevice)) {}
 
 void RecordingSwitch::setRecording(bool recording) {
-    m_parts.turn.enterOrDefer([this] { clearMarks(); }); // not before the frame at work has used its own
     m_parts.endOfTapeTimer.cancel();
     m_state.timecodeView().setHidden(!recording);
-    if (m_state.isRecording() == recording)
+    if (m_state.isRecording() == recording) {
+        clearMarks();
         return;
+    }
     m_parts.announcements.willChangeValueForKey("recording");
     const bool isSwitched = switchTo(recording);
     m_parts.announcements.didChangeValueForKey("recording");
@@ -41,6 +42,7 @@ bool RecordingSwitch::switchTo(bool recording) {
     m_state.switchAskedFor();
     m_parts.turn.defer([this, recording] {
         m_state.switchBegun();
+        clearMarks(); // only now: a frame that is at work still needs its own
         recording ? start() : stop();
     });
     return true;
@@ -89,7 +91,6 @@ void RecordingSwitch::stop() {
     if (!m_state.isBegun)
         return;
     m_state.isBegun = false;
-    clearMarks(); // a frame that came meanwhile may have set them again
     m_state.setIsPrerolling(false);
     m_state.framesToSkip = 0;
     m_parts.movie.endMovie();

@@ -56,19 +56,6 @@ TEST_F(RecordingSwitch, startingTwiceBeginsOnceButClearsTheMarksBothTimes) {
     EXPECT_EQ(controller->currentDate(), nullptr);
 }
 
-TEST_F(RecordingSwitch, theMarksOfAFrameAtWorkAreClearedOnlyWhenItHasUsedThem) {
-    connectDeck();
-    controller->setRecording(true);
-    deliver("01:00:00:00", "10:00:00");
-    onDid = [&] {
-        controller->setRecording(true);
-        EXPECT_EQ(text(controller->timecodeEndValue()), "01:00:00:00");
-    };
-    deliver("01:00:00:01", "11:00:00");
-    EXPECT_EQ(movies(), (Entries{"/1.mov", "nothing", "/2.mov"}));
-    EXPECT_EQ(controller->currentDate(), nullptr);
-}
-
 TEST_F(RecordingSwitch, stoppingWhatIsStoppedSendsNothing) {
     connectDeck();
     controller->setRecording(false);

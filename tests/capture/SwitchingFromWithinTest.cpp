@@ -57,7 +57,10 @@ TEST_F(SwitchingFromWithin, aHostThatStopsWhenAClipOpensAtACutGetsThatClipWithIt
     EXPECT_EQ(report(1), "01:00:00:01 - 01:00:00:01 11:00:00");
     EXPECT_EQ(framesIn(thumbnails(2)), (std::vector<int>{1}));
     EXPECT_EQ(surroundings.files.file(thumbnails(2)).openNow, 0);
-    EXPECT_EQ(movies(), (Entries{"/1.mov", "nothing", "/2.mov", "nothing"}));
+    EXPECT_EQ(movies(), (Entries{"/1.mov", "nothing", "/2.mov", "nothing"}))
+        << "the marks are cleared when the frame at work has used them";
+    EXPECT_EQ(text(controller->timecodeStartValue()), "-");
+    EXPECT_EQ(controller->currentDate(), nullptr);
     EXPECT_EQ(journal().back(), "1 record nothing") << "only after the sample";
 }
 

@@ -130,6 +130,8 @@ TEST(Host, thatStopsWhenAClipOpensGetsThatClipReportedOnce) {
     EXPECT_TRUE(messages[4].starts_with("did 0002 ")) << messages[4];
     EXPECT_EQ(messages[5], "end");
     EXPECT_EQ(world.movie("0001"), frames(0, 49));
+    EXPECT_EQ(world.movie("0002"), frames(50, 50)) << "the frame at hand, and no other";
+    EXPECT_EQ(world.thumbnails("0002"), frames(50, 50));
     world.expectAllFilesClosed();
 }
 
