@@ -47,6 +47,9 @@ if(MERRO_HOST)
     add_library(merro_soci INTERFACE)
     target_include_directories(merro_soci SYSTEM INTERFACE ${SOCI_INCLUDE_DIR})
     target_link_libraries(merro_soci INTERFACE ${SOCI_SQLITE3_LIBRARY} ${SOCI_CORE_LIBRARY} SQLite::SQLite3)
+    if(MERRO_SANITIZE MATCHES undefined) # SOCI keeps the type information to itself that this check asks for
+      target_compile_options(merro_soci INTERFACE -fno-sanitize=vptr)
+    endif()
   endif()
 endif()
 merro_note("The command line merro" "${MERRO_HAVE_HOST}"
