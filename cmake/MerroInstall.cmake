@@ -45,4 +45,5 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/BXMerroCaptureConfig.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/BXMerroCapture)
 if(TARGET merro)
   install(TARGETS merro RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(TARGETS merro_movies LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/BXMerroCapture)
 endif()

@@ -2,8 +2,8 @@
 #include "host/cli/Commands.h"
 #include "host/cli/LineWriter.h"
 #include "host/cli/ProgressBar.h"
+#include "host/shared/Movies.h"
 #include "host/shared/ScenarioFile.h"
-#include "platform/ffmpeg/TapeMaker.h"
 #include "platform/native/SignalWatch.h"
 
 #include <fmt/format.h>
@@ -30,8 +30,9 @@ std::string barText(std::int64_t done, std::int64_t inAll) {
 
 ExitStatus runTapeMake(const TapeMakeArguments& arguments) {
     namespace ffmpeg = platform::ffmpeg;
-    ffmpeg::TapeMaker maker(readScenarioFile(arguments.scenario));
-    if (const auto problem = maker.check())
+    const ffmpeg::TapeScenario scenario = readScenarioFile(arguments.scenario);
+    const ffmpeg::MovieLibrary& library = movieLibrary();
+    if (const auto problem = library.checkTape(scenario))
         throw Failure(fmt::format("{}: {}", arguments.scenario, problem->text()));
 
     std::atomic<bool> isStopped = false;
@@ -48,15 +49,15 @@ ExitStatus runTapeMake(const TapeMakeArguments& arguments) {
         }
         return !isStopped;
     };
-    const auto problem =
-        maker.write(arguments.output,
-                    arguments.replace ? ffmpeg::ExistingFile::Replace : ffmpeg::ExistingFile::Keep, progress);
+    const auto problem = library.writeTape(
+        scenario, arguments.output,
+        arguments.replace ? ffmpeg::ExistingFile::Replace : ffmpeg::ExistingFile::Keep, progress);
     people.finish();
     if (isStopped)
         return ExitStatus::Interrupted;
     if (problem)
         throw Failure(problem->text());
-    fmt::print(stderr, "{}: {} frames\n", arguments.output, maker.frameCount());
+    fmt::print(stderr, "{}: {} frames\n", arguments.output, library.tapeFrameCount(scenario));
     return ExitStatus::Done;
 }
 

@@ -5,12 +5,12 @@
 #pragma once
 
 #include "capture/BXMCController.h"
+#include "host/shared/Movies.h"
 #include "host/shared/RunMessages.h"
 #include "host/shared/RunWorld.h"
 #include "host/shared/TapeSource.h"
 #include "platform/CompressionComponent.h"
 #include "platform/deck/Deck.h"
-#include "platform/ffmpeg/MovieRecorder.h"
 #include "platform/native/BackgroundFiles.h"
 #include "platform/native/HeadlessInterface.h"
 #include "platform/native/Localization.h"
@@ -69,7 +69,7 @@ private:
     platform::native::Localization m_localization;
     platform::native::HeadlessInterfaceLoader m_interfaces;
     NoCompressionComponents m_compression;
-    platform::ffmpeg::MovieRecorderFactory m_recorders;
+    MovieRecorders m_recorders;
     platform::native::BackgroundFiles m_files;
     std::unique_ptr<platform::session::CaptureFramework> m_framework;
     std::shared_ptr<platform::deck::Deck> m_deck;

@@ -4,7 +4,6 @@
 #include "dv/DVConstants.h"
 #include "host/shared/ClipsJson.h"
 #include "host/shared/TapeText.h"
-#include "platform/ffmpeg/PosterMaker.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -129,7 +128,7 @@ void ClipLedger::finishThumbnails(int number) {
         }
         m_keeper.changeClip(
             number, [name = fileName(paths.thumbnails)](ClipEntry& clip) { clip.thumbnailPath = name; });
-        if (m_settings.posters)
+        if (m_settings.writePoster)
             m_posters.post([this, number] { makePoster(number); });
     });
 }
@@ -139,9 +138,7 @@ void ClipLedger::makePoster(int number) {
     const std::vector<std::uint8_t> frame = firstFrame(paths.thumbnails);
     if (frame.empty())
         return;
-    if (!m_posterMaker)
-        m_posterMaker = std::make_unique<platform::ffmpeg::PosterMaker>();
-    if (const auto problem = m_posterMaker->writePoster(frame, paths.poster)) {
+    if (const auto problem = m_settings.writePoster(frame, paths.poster)) {
         m_messages.fail(*problem);
         m_keeper.changeClip(number, [text = problem->text()](ClipEntry& clip) { addProblem(clip, text); });
         return;

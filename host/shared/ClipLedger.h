@@ -9,6 +9,7 @@
 #include "host/shared/CatalogueKeeper.h"
 #include "host/shared/LoggingFolder.h"
 #include "host/shared/RunMessages.h"
+#include "platform/ffmpeg/MovieLibrary.h"
 #include "platform/native/BackgroundFiles.h"
 #include "platform/session/MovieRecorder.h"
 #include "platform/Value.h"
@@ -21,10 +22,6 @@
 #include <set>
 #include <string>
 
-namespace merro::platform::ffmpeg {
-class PosterMaker;
-}
-
 namespace merro::host {
 
 class ClipLedger {
@@ -32,7 +29,7 @@ public:
     struct Settings {
         int firstNumber = 1;
         bool movies = true;
-        bool posters = true;
+        platform::ffmpeg::PosterWriter writePoster; ///< no posters when empty
         /// Frames lost so far, on their way from the device and in front of a slow or full disk.
         std::function<std::int64_t()> framesLost;
     };
@@ -74,7 +71,6 @@ private:
     std::set<int> m_withoutMovie;                     ///< clips opened that a movie is still wanted of
     std::set<int> m_withoutTimecode;                  ///< clips whose first frame had none
 
-    std::unique_ptr<platform::ffmpeg::PosterMaker> m_posterMaker; ///< the worker's thread only
     BackgroundWorker m_posters;
 };
 

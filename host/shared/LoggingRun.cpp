@@ -6,6 +6,7 @@
 #include "host/shared/CatalogueKeeper.h"
 #include "host/shared/ClipLedger.h"
 #include "host/shared/LoggingFolder.h"
+#include "host/shared/Movies.h"
 #include "host/shared/TapeText.h"
 
 #include <fmt/chrono.h>
@@ -125,6 +126,8 @@ void LoggingRun::Running::makeSettings() {
     applyOptions(m_request.options, m_stage->defaults());
     requireSensibleDropFrames(m_stage->defaults(), m_framesPerSecond);
     m_tape.settings = settingsInForce(m_stage->defaults());
+    if (m_request.posters || m_stage->defaults().boolForKey(BXMCCaptureMovie))
+        (void)movieLibrary(); // while nothing has been written and no frame waits
 }
 
 void LoggingRun::Running::makeLedger() {
@@ -135,7 +138,8 @@ void LoggingRun::Running::makeLedger() {
     ClipLedger::Settings settings;
     settings.firstNumber = lastNumber + 1;
     settings.movies = m_stage->defaults().boolForKey(BXMCCaptureMovie);
-    settings.posters = m_request.posters;
+    if (m_request.posters)
+        settings.writePoster = movieLibrary().makePosterWriter();
     settings.framesLost = [this] { return m_stage->framesLost(); };
     m_ledger = std::make_unique<ClipLedger>(*m_folder, *m_keeper, m_stage->files(), m_messages, settings);
 }

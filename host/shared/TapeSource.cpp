@@ -2,8 +2,8 @@
 
 #include "dv/DVConstants.h"
 #include "host/shared/Failure.h"
+#include "host/shared/Movies.h"
 #include "platform/deck/TapeFile.h"
-#include "platform/ffmpeg/ContainerTape.h"
 
 #include <fmt/format.h>
 
@@ -20,7 +20,8 @@ std::string systemOfFrame(std::size_t frameBytes) {
 }
 
 TapeSource openTapeSource(const std::string& path) {
-    deck::TapeOrError opened = deck::openTape(path, platform::ffmpeg::openContainerTape);
+    deck::TapeOrError opened = deck::openTape(
+        path, [](const std::string& container) { return movieLibrary().openContainerTape(container); });
     if (const auto* problem = std::get_if<deck::TapeError>(&opened))
         throw Failure(problem->error.text(), problem->isNotDV() ? ExitStatus::NotDV : ExitStatus::Failed);
     TapeSource source;

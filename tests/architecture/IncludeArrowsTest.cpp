@@ -42,6 +42,7 @@ std::string folderOf(const std::filesystem::path& relative) {
 bool mayInclude(const std::string& from, const std::string& to) {
     if (from == to || from.starts_with("tests") || from.starts_with("bench"))
         return true;
+    // Of platform/ffmpeg a host needs MovieLibrary.h alone: it is not linked with the rest, but loads it.
     if (from.starts_with("host"))
         return !to.starts_with("tests") && !to.starts_with("bench");
     const auto rule = kAllowed.find(from);

@@ -3,6 +3,7 @@
 #include "capture/ClipInfoKeys.h"
 #include "host/shared/Catalogue.h"
 #include "host/shared/Failure.h"
+#include "host/shared/Movies.h"
 #include "tests/host/TemporaryFolder.h"
 #include "tests/host/TestTape.h"
 
@@ -38,6 +39,7 @@ struct ClipLedgerTest : testing::Test {
     ClipLedger::Settings settings() {
         ClipLedger::Settings settings;
         settings.firstNumber = 5;
+        settings.writePoster = movieLibrary().makePosterWriter();
         settings.framesLost = [this] { return framesLost.load(); };
         return settings;
     }

@@ -29,11 +29,12 @@ int exitStatus(int status) {
 
 } // namespace
 
-Program::Program(const std::vector<std::string>& arguments, const std::string& home) {
+Program::Program(const std::vector<std::string>& arguments, const std::string& home,
+                 const std::string& program) {
     const std::string prefix = home + "/run" + std::to_string(runCount++);
     m_outPath = prefix + ".out";
     m_errPath = prefix + ".err";
-    std::vector<std::string> words{MERRO_PROGRAM};
+    std::vector<std::string> words{program};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
     argv.reserve(words.size() + 1);
@@ -84,8 +85,9 @@ Ended Program::wait() {
     return {exitStatus(status), readFile(m_outPath), readFile(m_errPath)};
 }
 
-Ended runProgram(const std::vector<std::string>& arguments, const std::string& home) {
-    return Program(arguments, home).wait();
+Ended runProgram(const std::vector<std::string>& arguments, const std::string& home,
+                 const std::string& program) {
+    return Program(arguments, home, program).wait();
 }
 
 } // namespace merro::host::test

@@ -17,7 +17,8 @@ struct Ended {
 /// The program on its way. Settings and presets lie in `home`; nothing of the user's own is touched.
 class Program {
 public:
-    Program(const std::vector<std::string>& arguments, const std::string& home);
+    Program(const std::vector<std::string>& arguments, const std::string& home,
+            const std::string& program = MERRO_PROGRAM);
     ~Program(); ///< ends it when it still runs
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
@@ -36,6 +37,7 @@ private:
     int m_status = -1;
 };
 
-[[nodiscard]] Ended runProgram(const std::vector<std::string>& arguments, const std::string& home);
+[[nodiscard]] Ended runProgram(const std::vector<std::string>& arguments, const std::string& home,
+                               const std::string& program = MERRO_PROGRAM);
 
 } // namespace merro::host::test
