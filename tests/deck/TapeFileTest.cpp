@@ -193,6 +193,17 @@ TEST_F(TapeFile, twoDamagedFramesInARowAreTwoFrames) {
     EXPECT_THAT(offsets(*withDamage), ElementsAre(0, palSize, 2 * palSize, 3 * palSize));
 }
 
+TEST_F(TapeFile, framesInARowOfWhichOnlyTheHeaderBlocksAreLeftAreFrames) {
+    auto damaged = builder(DVSystem::System625_50, 2);
+    for (unsigned sequence = 0; sequence < damaged.sequenceCount(); ++sequence)
+        for (unsigned block = 1; block < 6; ++block)
+            damaged.overwriteBlock(sequence, block);
+    const std::string twice = text(damaged.bytes()) + text(damaged.bytes());
+    const auto withDamage = tape(pal(1) + twice + pal(4));
+    EXPECT_THAT(offsets(*withDamage), ElementsAre(0, palSize, 2 * palSize, 3 * palSize));
+    EXPECT_THAT(withDamage->findings(), IsEmpty());
+}
+
 TEST_F(TapeFile, aFrameWhoseOtherSequencesAreGoneIsAFrameWhenNoneStartsInIt) {
     std::string broken = pal(2);
     broken.replace(12000, std::string::npos, std::string(palSize - 12000, '\xFF'));
