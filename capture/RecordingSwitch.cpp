@@ -24,7 +24,7 @@ void RecordingSwitch::setRecording(bool recording) {
     m_parts.endOfTapeTimer.cancel();
     m_state.timecodeView().setHidden(!recording);
     if (m_state.isRecording() == recording) {
-        clearMarks();
+        m_parts.turn.enterOrDefer([this] { clearMarks(); }); // a frame that is at work still needs its own
         return;
     }
     m_parts.announcements.willChangeValueForKey("recording");
@@ -42,7 +42,7 @@ bool RecordingSwitch::switchTo(bool recording) {
     m_state.switchAskedFor();
     m_parts.turn.defer([this, recording] {
         m_state.switchBegun();
-        clearMarks(); // only now: a frame that is at work still needs its own
+        clearMarks();
         recording ? start() : stop();
     });
     return true;

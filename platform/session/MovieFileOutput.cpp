@@ -46,7 +46,12 @@ void MovieFileOutput::recordToOutputFileURL(const std::optional<std::string>& pa
     m_pen->lock();
     if (m_pen->condition() == penTaken) {
         const bool fromDelegate = m_penHolder == std::this_thread::get_id();
-        (fromDelegate ? m_requestOfDelegate : m_requestForLater) = Request{path};
+        if (fromDelegate) {
+            m_requestOfDelegate = Request{path};
+            m_requestForLater.reset(); // it is older, and would end the file that begins here
+        } else {
+            m_requestForLater = Request{path};
+        }
         m_pen->unlock();
         return;
     }

@@ -27,7 +27,7 @@ struct CaptureContext;
 /// is held, delegates are called and files are waited for. A request that comes while the pen is taken is
 /// left to its holder: one that comes from within the delegate is carried out when the delegate returns,
 /// before the sample at hand is written; one from another thread, and endRecordingAfterSample, after that
-/// sample.
+/// sample, unless the delegate asks for something else later.
 class MovieFileOutput final : public QTCaptureMovieFileOutput, public SampleSink {
 public:
     explicit MovieFileOutput(std::shared_ptr<CaptureContext> context);

@@ -118,6 +118,21 @@ TYPED_TEST(MovieFileOutputContract, aRecordingEndedAfterTheSampleKeepsIt) {
                 ElementsAre("output 1", "start A", "A 1", "finish A", "finished A", "output 2"));
 }
 
+TYPED_TEST(MovieFileOutputContract,
+           anEndThatAnotherThreadAskedForBeforeDoesNotHitTheFileThatTheCallbackStarts) {
+    std::shared_ptr<platform::QTCaptureMovieFileOutput> output;
+    output = this->addOutput("output", [&, this](int number) {
+        if (number == 1) {
+            this->onOtherThread([&] { output->endRecordingAfterSample(); })();
+            output->recordToOutputFileURL("A");
+        }
+    });
+    this->start();
+    this->device->send(1);
+    this->device->send(2);
+    EXPECT_THAT(this->journal->entries(), ElementsAre("output 1", "start A", "A 1", "output 2", "A 2"));
+}
+
 TYPED_TEST(MovieFileOutputContract, betweenSamplesARecordingIsEndedAtOnce) {
     const auto output = this->addOutput("output");
     this->start();
