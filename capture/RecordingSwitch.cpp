@@ -24,7 +24,8 @@ void RecordingSwitch::setRecording(bool recording) {
     m_parts.endOfTapeTimer.cancel();
     m_state.timecodeView().setHidden(!recording);
     if (m_state.isRecording() == recording) {
-        m_parts.turn.enterOrDefer([this] { clearMarks(); }); // a frame that is at work still needs its own
+        m_state.setCurrentDate({});
+        m_parts.turn.runBetweenTurns([this] { clearMarks(); }); // a frame that is at work still needs them
         return;
     }
     m_parts.announcements.willChangeValueForKey("recording");
@@ -42,6 +43,7 @@ bool RecordingSwitch::switchTo(bool recording) {
     m_state.switchAskedFor();
     m_parts.turn.defer([this, recording] {
         m_state.switchBegun();
+        m_state.setCurrentDate({});
         clearMarks();
         recording ? start() : stop();
     });
@@ -51,7 +53,6 @@ bool RecordingSwitch::switchTo(bool recording) {
 void RecordingSwitch::clearMarks() {
     m_parts.movie.timecodeStartValue.set({});
     m_parts.movie.timecodeEndValue.set({});
-    m_state.setCurrentDate({});
 }
 
 void RecordingSwitch::start() {

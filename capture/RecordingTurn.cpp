@@ -9,6 +9,18 @@ void RecordingTurn::enterOrDefer(Work work) {
     runDeferred();
 }
 
+void RecordingTurn::runBetweenTurns(Work work) {
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!m_isTaken && m_deferred.empty()) {
+            work();
+            return;
+        }
+        m_deferred.push_back(std::move(work));
+    }
+    runDeferred();
+}
+
 void RecordingTurn::defer(Work work) {
     const std::lock_guard lock(m_mutex);
     m_deferred.push_back(std::move(work));

@@ -22,6 +22,10 @@ public:
     /// returns.
     void enterOrDefer(Work work);
 
+    /// Runs `work`, which must be short and call nobody, between two turns, so that no frame finds the turn
+    /// taken because of it; puts it off while somebody has the turn.
+    void runBetweenTurns(Work work);
+
     /// Puts `work` off without running anything; runDeferred must follow.
     void defer(Work work);
 

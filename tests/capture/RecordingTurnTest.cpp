@@ -54,6 +54,20 @@ TEST(RecordingTurn, aTurnThatIsHeldCannotBeTakenAndNobodyWaits) {
     EXPECT_TRUE(turn.tryEnter());
 }
 
+TEST(RecordingTurn, workBetweenTurnsRunsAtOnceOrWhenTheTurnIsGivenUp) {
+    RecordingTurn turn;
+    int runs = 0;
+    turn.runBetweenTurns([&] { ++runs; });
+    EXPECT_EQ(runs, 1);
+    {
+        const auto held = turn.tryEnter();
+        turn.runBetweenTurns([&] { ++runs; });
+        EXPECT_EQ(runs, 1);
+    }
+    EXPECT_EQ(runs, 2);
+    EXPECT_TRUE(turn.tryEnter());
+}
+
 TEST(RecordingTurn, aTurnThatSomebodyWaitsForCannotBeTaken) {
     RecordingTurn turn;
     bool ran = false;
