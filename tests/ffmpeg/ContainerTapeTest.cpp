@@ -22,6 +22,10 @@ struct Container {
     std::function<void(const std::string& path, const std::vector<Bytes>& frames)> write;
 };
 
+void PrintTo(const Container& container, std::ostream* out) {
+    *out << container.name;
+}
+
 class ContainerTapes : public ::testing::TestWithParam<Container> {
 protected:
     ContainerTapes() {

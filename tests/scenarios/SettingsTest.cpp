@@ -15,6 +15,10 @@ struct Interval {
     std::vector<int> samples; ///< of a take of 21 seconds and 10 frames: 535 frames
 };
 
+void PrintTo(const Interval& interval, std::ostream* out) {
+    *out << "index " << interval.index;
+}
+
 class SamplingInterval : public testing::TestWithParam<Interval> {};
 
 TEST_P(SamplingInterval, isTheDistanceOfTheThumbnails) {
