@@ -88,7 +88,7 @@ void addSettings(CLI::App& command, SettingOptions& options) {
         .add_option("--drop-frames", options.dropFrames,
                     "Frames skipped after a cut, 0 up to one less than a second")
         ->type_name("N")
-        ->check(CLI::NonNegativeNumber);
+        ->check(CLI::NonNegativeNumber.description(""));
     addNumberOrOff(command, "--sample-every", {1, 2, 5, 10, 20}, "Seconds between sample frames",
                    options.sampleEverySeconds, 0);
     addSwitch(command, "--movies", "Write a movie for each clip", options.movies);
@@ -117,7 +117,7 @@ void addLog(CLI::App& program, LogArguments& arguments, Chosen& chosen) {
         ->type_name("FOLDER");
     addSettings(log, arguments.options);
     addSwitch(log, "--posters", "Make a small picture of each clip's first frame", arguments.posters);
-    log.add_option("--preset", arguments.preset, "Start from a stored preset; other options go before it")
+    log.add_option("--preset", arguments.preset, "Start from a stored preset; options given here win over it")
         ->type_name("NAME");
     log.add_flag("--realtime", arguments.realtime, "Play the tape at its own speed, as a camcorder would");
     log.add_option(
