@@ -39,6 +39,7 @@ struct ExportArguments {
     std::string folder;
     std::string format = "json";
     std::string output; ///< empty: standard output
+    bool replace = false;
 };
 
 struct PresetArguments {

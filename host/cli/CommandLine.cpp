@@ -154,6 +154,7 @@ void addExport(CLI::App& program, ExportArguments& arguments, Chosen& chosen) {
         ->check(CLI::IsMember({"json", "csv"}))
         ->capture_default_str();
     command.add_option("--output", arguments.output, "Instead of standard output")->type_name("FILE");
+    command.add_flag("--replace", arguments.replace, "Replace a file that is there already");
     command.footer(kExportExamples);
     command.callback([&] { chosen = [&] { return runExport(arguments); }; });
 }

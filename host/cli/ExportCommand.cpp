@@ -15,13 +15,19 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Nothing that a run has written is ever replaced by an export.
-void requireSafeOutput(const fs::path& output, const fs::path& folder) {
+/// Nothing that a run has written is ever replaced by an export, and nothing else without being asked.
+void requireSafeOutput(const ExportArguments& arguments) {
+    const fs::path output = arguments.output;
     std::error_code error;
+    if (!fs::exists(output, error))
+        return;
     const fs::path outputFolder = output.has_parent_path() ? output.parent_path() : fs::path(".");
-    if (fs::exists(output, error) && fs::equivalent(outputFolder, folder, error))
+    if (fs::equivalent(outputFolder, arguments.folder, error))
         throw Failure(fmt::format("{} is there already, in the folder of the clips; give another file name",
                                   output.string()));
+    if (!arguments.replace)
+        throw Failure(
+            fmt::format("{} is there already; give another file name, or --replace", output.string()));
 }
 
 } // namespace
@@ -42,7 +48,7 @@ ExitStatus runExport(const ExportArguments& arguments) {
         (void)std::fwrite(text.data(), 1, text.size(), stdout);
         return ExitStatus::Done;
     }
-    requireSafeOutput(arguments.output, arguments.folder);
+    requireSafeOutput(arguments);
     writeFileAtomically(arguments.output, text);
     return ExitStatus::Done;
 }

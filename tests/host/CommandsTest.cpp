@@ -85,8 +85,19 @@ TEST_F(CommandsTest, AnExportNeverReplacesAFileOfTheClips) {
     writeFile(tape, tapeOfTwoTakes());
     ASSERT_EQ(run({"log", tape, "--into", folder, "--movies", "off"}).status, 0);
     const std::string before = readFile(folder + "/0001.thumbnails");
-    EXPECT_EQ(run({"export", folder, "--output", folder + "/0001.thumbnails"}).status, 1);
+    EXPECT_EQ(run({"export", folder, "--replace", "--output", folder + "/0001.thumbnails"}).status, 1);
     EXPECT_EQ(readFile(folder + "/0001.thumbnails"), before);
+}
+
+TEST_F(CommandsTest, AnExportReplacesAnotherFileOnlyWhenAsked) {
+    writeFile(tape, tapeOfTwoTakes());
+    ASSERT_EQ(run({"log", tape, "--into", folder, "--movies", "off"}).status, 0);
+    const std::string file = home / "mine.json";
+    writeFile(file, "mine");
+    EXPECT_EQ(run({"export", folder, "--output", file}).status, 1);
+    EXPECT_EQ(readFile(file), "mine");
+    EXPECT_EQ(run({"export", folder, "--output", file, "--replace"}).status, 0);
+    EXPECT_EQ(readFile(file), readFile(folder + "/clips.json"));
 }
 
 TEST_F(CommandsTest, PresetsAreKeptShownUsedAndForgotten) {
