@@ -151,7 +151,9 @@ protected:
         ASSERT_FALSE(thumbnails.frames.empty());
         ASSERT_EQ(thumbnails.frames.front(), first);
         ASSERT_EQ(thumbnails.frames.back(), last);
-        ASSERT_TRUE(std::ranges::is_sorted(thumbnails.frames, std::less_equal<>())) << "no frame twice";
+        if (!runsBack) {
+            ASSERT_TRUE(std::ranges::is_sorted(thumbnails.frames, std::less_equal<>())) << "no frame twice";
+        }
         if (!runsBack) {
             ASSERT_GT(first, newestFrame) << "a frame is in one clip only";
         }
@@ -160,7 +162,9 @@ protected:
         ASSERT_FALSE(movie->frames.empty());
         ASSERT_EQ(movie->begun, 1);
         ASSERT_EQ(movie->ended, 1);
-        ASSERT_TRUE(std::ranges::is_sorted(movie->frames, std::less_equal<>()));
+        if (!runsBack) { // else a frame of the way back may still come when play has been asked for
+            ASSERT_TRUE(std::ranges::is_sorted(movie->frames, std::less_equal<>()));
+        }
         ASSERT_EQ(movie->frames.front(), first);
         ASSERT_EQ(movie->frames.back(), last);
     }
