@@ -74,7 +74,12 @@ void RecordingSwitch::start() {
 }
 
 void RecordingSwitch::preroll(const SMPTETime& startTimecode) {
-    m_state.setIsRecording(false);
+    {
+        const std::lock_guard lock(m_switching);
+        if (m_state.isBeingSwitched())
+            return; // what was asked for meanwhile comes next
+        m_state.setIsRecording(false);
+    }
     m_state.setIsPrerolling(true);
     m_state.startTimecode.set({});
     m_parts.transport.playAtSpeed(kTransportSpeedReversePlay);

@@ -39,7 +39,8 @@ RecordingTurn::Hold SceneDetector::detectAndCaptureThumbnail(const platform::QTS
     if (!m_state.isRecording())
         return {};
     auto turn = m_turn.tryEnter();
-    if (!turn || !m_state.isRecording())
+    // Recording may have been switched on this very moment, and the host not have heard of it yet.
+    if (!turn || !m_state.isRecording() || !m_state.isBegun)
         return {};
     record(frame);
     return turn;

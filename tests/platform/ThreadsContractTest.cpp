@@ -179,7 +179,7 @@ TYPED_TEST(ThreadsContract, aThreadThatGaveUpDoesNotTakeTheLockFromOneThatStillW
     auto* const lock = this->makeLock(0);
     EXPECT_FALSE(lock->lockWhenConditionBefore(1, this->m_world.clock.now() + 1ms));
     std::atomic<bool> hasIt = false;
-    this->m_world.threads.detach("waits", [&] {
+    this->m_world.threads.detach("waits", [&hasIt, lock] {
         lock->lockWhenCondition(1);
         hasIt = true;
         lock->unlock();
